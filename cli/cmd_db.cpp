@@ -1,0 +1,85 @@
+#include "cli/command.h"
+
+#include "db/connection.h"
+#include "db/schema.h"
+
+#include <QVariant>
+#include <QSqlField>
+
+namespace corvane::cli {
+
+namespace {
+
+int runDb(Invocation& inv)
+{
+    inv.expectWords(1, 1);
+    const QString action = inv.word(0, QStringLiteral("init"));
+    if (action != QStringLiteral("init"))
+        throw UsageError(QStringLiteral("unknown action %1: use init").arg(action).toStdString());
+    auto connection = inv.connect(true);
+    const QStringList created = schema::createMissingTables(*connection);
+    const int natures = schema::fillNatures(*connection);
+    inv.out << "database " << connection->databaseName() << ": "
+            << (created.isEmpty() ? QStringLiteral("all tables present") : QStringLiteral("created ") + created.join(QStringLiteral(", ")))
+            << Qt::endl;
+    if (natures)
+        inv.out << natures << " natures of business added" << Qt::endl;
+    if (inv.has(QStringLiteral("--demo"))) {
+        const int rows = schema::loadDemoData(*connection);
+        inv.out << (rows ? QStringLiteral("%1 demo rows added").arg(rows) : QStringLiteral("clients present: no demo rows added")) << Qt::endl;
+    }
+    return 0;
+}
+
+int runSql(Invocation& inv)
+{
+    inv.expectWords(1, 1);
+    auto connection = inv.connect();
+    const auto result = connection->query(inv.word(0, QStringLiteral("STATEMENT")));
+    if (!result.hasResult)
+        return 0;
+    QStringList header;
+    for (int i = 0; i < result.columns.count(); ++i)
+        header << result.columns.fieldName(i);
+    inv.out << header.join(QLatin1Char('\t')) << '\n';
+    for (const auto& row : result.rows) {
+        QStringList cells;
+        for (const QVariant& v : row) {
+            QString text = v.isNull() ? QStringLiteral("NULL") : v.toString();
+            text.replace(QLatin1Char('\t'), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+            cells << text;
+        }
+        inv.out << cells.join(QLatin1Char('\t')) << '\n';
+    }
+    inv.out.flush();
+    return 0;
+}
+
+const CommandRegistration dbRegistration({
+    QStringLiteral("db"),
+    QStringLiteral("create the database and its tables, optionally with demo data"),
+    QStringLiteral("Usage: corvane [global options] db init [--demo]\n"
+                   "\n"
+                   "Creates the configured database when it is missing and every missing table\n"
+                   "(MyISAM), and fills the natures of business when there are none. Running it\n"
+                   "again changes nothing.\n"
+                   "  --demo   add demo clients, banks, accounts, bills and receipts when no client exists\n"),
+    {},
+    {QStringLiteral("--demo")},
+    runDb,
+});
+
+const CommandRegistration sqlRegistration({
+    QStringLiteral("sql"),
+    QStringLiteral("run one SQL statement on the configured database"),
+    QStringLiteral("Usage: corvane [global options] sql STATEMENT\n"
+                   "\n"
+                   "Runs one statement. A result prints as tab-separated rows under a header line\n"
+                   "of column names; NULL prints as NULL.\n"),
+    {},
+    {},
+    runSql,
+});
+
+} // namespace
+} // namespace corvane::cli

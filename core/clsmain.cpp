@@ -1,0 +1,175 @@
+#include "core/clsmain.h"
+
+#include "core/clientdata.h"
+#include "core/components.h"
+#include "core/conversions.h"
+#include "core/modbase.h"
+#include "core/reportviewer.h"
+#include "core/resumenext.h"
+#include "core/screenscaling.h"
+#include "core/settings.h"
+#include "core/statelist.h"
+#include "core/qtprompter.h"
+
+#include <QComboBox>
+#include <QListWidget>
+#include <mutex>
+
+namespace corvane {
+
+namespace {
+
+// What the original did when the library was loaded: register the outside
+// components and create the report viewer, kept for the life of the process.
+void startUp()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        registerDefaultComponents();
+        auto guard = silentGuard();
+        guard([] { modbase().reportViewer = CreateObject<ReportViewer>(kReportViewerClass); });
+        installQtUserInterface();
+    });
+}
+
+} // namespace
+
+ClsMain::ClsMain()
+{
+    startUp();
+}
+
+QString ClsMain::Code() const { return modbase().Code; }
+void ClsMain::setCode(const QString& value) { modbase().Code = value; }
+qint16 ClsMain::TYear() const { return modbase().TYear; }
+void ClsMain::setTYear(qint16 value) { modbase().TYear = value; }
+qint16 ClsMain::status() const { return modbase().status; }
+void ClsMain::setstatus(qint16 value) { modbase().status = value; }
+QString ClsMain::Cap() const { return modbase().Cap; }
+void ClsMain::setCap(const QString& value) { modbase().Cap = value; }
+QString ClsMain::AppPath() const { return modbase().AppPath; }
+void ClsMain::setAppPath(const QString& value) { modbase().AppPath = value; }
+void ClsMain::setCnnObj(std::shared_ptr<Connection> connection) { modbase().CnnObj = std::move(connection); }
+std::shared_ptr<Connection> ClsMain::CnnObj() const { return modbase().CnnObj; }
+
+QString ClsMain::ConvertDate(const QString& Dt, const QString& DtFrm, QString& Yr)
+{
+    return corvane::ConvertDate(Dt, DtFrm, Yr);
+}
+
+QString ClsMain::ConvertToWord(const QString& MyNumber)
+{
+    return corvane::ConvertToWord(MyNumber);
+}
+
+QString ClsMain::GetDirPath(QWidget* Wnd)
+{
+    setChooserOwner(Wnd);
+    return corvane::GetDirPath();
+}
+
+bool ClsMain::ValidPan(const QString& PAN)
+{
+    return corvane::ValidPan(PAN);
+}
+
+QString ClsMain::GetSettingINI(const QString& Section, const QString& Key, const QString& DefVal, const QString& Fl)
+{
+    return corvane::GetSettingINI(Section, Key, DefVal, Fl);
+}
+
+void ClsMain::SaveSettingINI(const QString& Section, const QString& Key, const QString& KeyVal, const QString& Fl)
+{
+    corvane::SaveSettingINI(Section, Key, KeyVal, Fl);
+}
+
+// The screens arrive one by one; until a screen exists its member returns at once.
+void ClsMain::ShowAddInfo() {}
+void ClsMain::ShowAddInfo1() {}
+void ClsMain::ShowBankMas() {}
+void ClsMain::ShowClDet() {}
+void ClsMain::ShowReturn() {}
+
+QString ClsMain::vTmpPath() const { return modbase().vTmpPath; }
+void ClsMain::setvTmpPath(const QString& value) { modbase().vTmpPath = value; }
+
+void ClsMain::RepairData(QWidget*)
+{
+    ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("REPAIRDATA"));
+}
+
+void ClsMain::BackUp() {}
+
+void ClsMain::DeleteClient(const QString& Cd)
+{
+    corvane::DeleteClient(modbase().CnnObj.get(), Cd);
+}
+
+void ClsMain::ChangeCode(const QString& OldCd, const QString& NewCd)
+{
+    corvane::ChangeCode(modbase().CnnObj.get(), OldCd, NewCd);
+}
+
+qint16 ClsMain::Restoration()
+{
+    modbase().restorationFlag = 0;
+    return modbase().restorationFlag;
+}
+
+void ClsMain::LoadStateList(QComboBox* Cmb)
+{
+    ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("LOADSTATELIST"));
+    QStringList states;
+    guard([&] {
+        if (!Cmb)
+            throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set"));
+        Cmb->clear();
+        states = readStateList();
+        Cmb->addItems(states);
+    });
+}
+
+void ClsMain::LoadStateList(QListWidget* Cmb)
+{
+    ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("LOADSTATELIST"));
+    guard([&] {
+        if (!Cmb)
+            throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set"));
+        Cmb->clear();
+        Cmb->addItems(readStateList());
+    });
+}
+
+void ClsMain::SetPBBackColor(QProgressBar* ProgressBarHwnd, qint32 RGBValue)
+{
+    corvane::SetPBBackColor(ProgressBarHwnd, RGBValue);
+}
+
+void ClsMain::SetPBBarColor(QProgressBar* ProgressBarHwnd, qint32 RGBValue)
+{
+    corvane::SetPBBarColor(ProgressBarHwnd, RGBValue);
+}
+
+void ClsMain::GetScreenReso()
+{
+    corvane::GetScreenReso();
+}
+
+qint32 ClsMain::vDefScreenX() const { return modbase().vDefScreenX; }
+qint32 ClsMain::vDefScreenY() const { return modbase().vDefScreenY; }
+qint16 ClsMain::vDefScreenFS() const { return modbase().vDefScreenFS; }
+float ClsMain::vScreenRatX() const { return modbase().vScreenRatX; }
+float ClsMain::vScreenRatY() const { return modbase().vScreenRatY; }
+float ClsMain::vScreenRatFS() const { return modbase().vScreenRatFS; }
+
+void ClsMain::Resize_For_Resolution(QWidget* MyForm, bool RePosForm)
+{
+    corvane::Resize_For_Resolution(MyForm, RePosForm);
+}
+
+void ClsMain::Resize_For_ResolutionUC(const QList<QWidget*>& Ctrls)
+{
+    corvane::Resize_For_ResolutionUC(Ctrls);
+}
+
+} // namespace corvane

@@ -1,0 +1,9 @@
+#include "core/components.h"
+
+namespace corvane {
+
+void registerDefaultComponents()
+{
+}
+
+} // namespace corvane

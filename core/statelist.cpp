@@ -1,0 +1,7 @@
+#include "core/statelist.h"
+
+namespace corvane {
+
+QStringList readStateList() { return {}; }
+
+} // namespace corvane

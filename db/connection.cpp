@@ -1,0 +1,130 @@
+#include "db/connection.h"
+
+#include "core/failure.h"
+#include "db/sqltext.h"
+
+#include <QAtomicInt>
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace corvane {
+
+namespace {
+const QString kDbSource = QStringLiteral("MySQL");
+QAtomicInt g_counter;
+} // namespace
+
+Failure Connection::failureFrom(const QSqlError& error, const QString& source)
+{
+    bool ok = false;
+    long number = error.nativeErrorCode().toLong(&ok);
+    if (!ok || number == 0)
+        number = 2013; // lost connection / client error without a server number
+    QString text = error.databaseText();
+    if (text.isEmpty())
+        text = error.driverText();
+    if (text.isEmpty())
+        text = error.text();
+    return Failure(number, source, text);
+}
+
+Connection::Connection()
+    : name_(QStringLiteral("corvane-%1").arg(g_counter.fetchAndAddRelaxed(1)))
+{
+}
+
+Connection::~Connection()
+{
+    close();
+}
+
+void Connection::open(const ConnectionSettings& settings, bool createDatabase)
+{
+    close();
+    settings_ = settings;
+    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QMYSQL")))
+        throw Failure(err::CannotCreateObject, kDbSource,
+                      QStringLiteral("The Qt MySQL driver is missing: install the Debian package libqt6sql6-mysql"));
+    db_ = QSqlDatabase::addDatabase(QStringLiteral("QMYSQL"), name_);
+    if (!settings.server.isEmpty())
+        db_.setHostName(settings.server);
+    if (settings.port > 0)
+        db_.setPort(settings.port);
+    db_.setUserName(settings.user);
+    db_.setPassword(settings.password);
+    QString options = QStringLiteral("MYSQL_OPT_CONNECT_TIMEOUT=5;MYSQL_OPT_READ_TIMEOUT=600;MYSQL_OPT_WRITE_TIMEOUT=600");
+    if (settings.server.isEmpty() && !settings.socket.isEmpty())
+        options += QStringLiteral(";UNIX_SOCKET=") + settings.socket;
+    db_.setConnectOptions(options);
+    if (!createDatabase)
+        db_.setDatabaseName(settings.database);
+    if (!db_.open()) {
+        const Failure failure = failureFrom(db_.lastError(), kDbSource);
+        close();
+        throw failure;
+    }
+    // The statements were written for a lenient server: no strict mode.
+    execute(QStringLiteral("SET SESSION sql_mode = 'NO_ENGINE_SUBSTITUTION'"));
+    if (createDatabase && !settings.database.isEmpty()) {
+        execute(QStringLiteral("CREATE DATABASE IF NOT EXISTS %1 CHARACTER SET utf8mb4").arg(sqlName(settings.database)));
+        execute(QStringLiteral("USE %1").arg(sqlName(settings.database)));
+    }
+}
+
+void Connection::close()
+{
+    if (db_.isValid()) {
+        db_.close();
+        db_ = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name_);
+    }
+}
+
+bool Connection::isOpen() const
+{
+    return db_.isValid() && db_.isOpen();
+}
+
+QString Connection::databaseName() const
+{
+    return settings_.database;
+}
+
+static void requireOpen(const QSqlDatabase& db)
+{
+    if (!db.isValid() || !db.isOpen())
+        throw Failure(err::ObjectNotSet, kDbSource, QStringLiteral("The connection is not open"));
+}
+
+int Connection::execute(const QString& sql)
+{
+    requireOpen(db_);
+    QSqlQuery q(db_);
+    if (!q.exec(sql))
+        throw failureFrom(q.lastError(), kDbSource);
+    return q.numRowsAffected();
+}
+
+Connection::Result Connection::query(const QString& sql)
+{
+    requireOpen(db_);
+    QSqlQuery q(db_);
+    q.setForwardOnly(true);
+    if (!q.exec(sql))
+        throw failureFrom(q.lastError(), kDbSource);
+    Result result;
+    result.hasResult = q.isSelect();
+    result.columns = q.record();
+    const int n = result.columns.count();
+    while (q.next()) {
+        QVector<QVariant> row(n);
+        for (int i = 0; i < n; ++i)
+            row[i] = q.value(i);
+        result.rows.push_back(std::move(row));
+    }
+    if (q.lastError().isValid())
+        throw failureFrom(q.lastError(), kDbSource);
+    return result;
+}
+
+} // namespace corvane

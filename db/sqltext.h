@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+namespace corvane {
+
+// The one quoting helper. Every value concatenated into SQL text goes through it.
+
+// The text escaped for use between single quotes (quote, backslash, NUL,
+// line ends and Ctrl-Z escaped; any other UTF-8 passes unchanged).
+QString sqlEscape(const QString& text);
+
+// The text escaped and in single quotes.
+QString sqlQuote(const QString& text);
+
+// A table or column name in back quotes (a back quote inside is doubled).
+QString sqlName(const QString& name);
+
+// A value as SQL literal: NULL, a bare number, or a quoted text.
+QString sqlLiteral(const QVariant& value);
+
+} // namespace corvane
