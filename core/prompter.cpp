@@ -62,6 +62,20 @@ void ScriptedPrompter::clear()
     unanswered_ = 0;
 }
 
+namespace {
+bool g_realDialogsAllowed = true;
+}
+
+void setRealDialogsAllowed(bool allowed)
+{
+    g_realDialogsAllowed = allowed;
+}
+
+bool realDialogsAllowed()
+{
+    return g_realDialogsAllowed;
+}
+
 Prompter& prompter()
 {
     auto& installed = modbase().prompter;

@@ -70,4 +70,9 @@ private:
 // default when nothing else was installed.
 Prompter& prompter();
 
+// Whether real dialogs may be installed on start-up; test programs switch
+// them off so that no message box can ever wait for a click.
+void setRealDialogsAllowed(bool allowed);
+bool realDialogsAllowed();
+
 } // namespace corvane

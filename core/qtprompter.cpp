@@ -84,6 +84,8 @@ QString QtChooser::chooseSaveFile(const QString& title, const QString& startPath
 
 void installQtUserInterface()
 {
+    if (!realDialogsAllowed())
+        return;
     Modbase& m = modbase();
     if (!m.prompter)
         m.prompter = std::make_shared<QtPrompter>();

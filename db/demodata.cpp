@@ -21,7 +21,7 @@ QString values(const QVariantList& row)
 int insertRows(Connection& c, const QString& table, const QList<QVariantList>& rows)
 {
     for (const QVariantList& row : rows)
-        c.execute(QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(sqlName(table), values(row)));
+        c.execute(QStringLiteral("INSERT IGNORE INTO %1 VALUES (%2)").arg(sqlName(table), values(row)));
     return int(rows.size());
 }
 

@@ -182,7 +182,27 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
         throw Failure(err::PathNotFound, kServerSource, QStringLiteral("Cannot create the folder %1").arg(dataDir()));
     if (report)
         report(QStringLiteral("Initialising the database folder %1").arg(dataDir()));
-    QStringList args{QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + dataDir(),
+    // mariadb-install-db is a shell script that splits paths at blanks: hand it
+    // a link without blanks to the data folder.
+    QString installDir = dataDir();
+    QString link;
+    if (installDir.contains(QLatin1Char(' '))) {
+        const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(installDir), QCryptographicHash::Sha1).toHex().left(16);
+        link = QDir::tempPath() + QStringLiteral("/corvane-install-") + QString::fromLatin1(hash);
+        QFile::remove(link);
+        if (!QFile::link(installDir, link))
+            throw Failure(err::PathNotFound, kServerSource, QStringLiteral("Cannot create the link %1").arg(link));
+        installDir = link;
+    }
+    struct RemoveLink {
+        QString path;
+        ~RemoveLink()
+        {
+            if (!path.isEmpty())
+                QFile::remove(path);
+        }
+    } removeLink{link};
+    QStringList args{QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + installDir,
                      QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--skip-test-db"),
                      QStringLiteral("--default-storage-engine=MyISAM"), QStringLiteral("--lower-case-table-names=1")};
     if (isRoot())

@@ -1,5 +1,7 @@
 #include "support/testmain.h"
 
+#include "core/prompter.h"
+
 #include <QApplication>
 #include <cstring>
 #include <memory>
@@ -9,6 +11,7 @@ namespace corvane::test {
 int runRegisteredTests(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    corvane::setRealDialogsAllowed(false);
     QStringList args = app.arguments();
     QString only;
     if (args.size() > 1 && !args.at(1).startsWith(QLatin1Char('-'))) {

@@ -1,0 +1,205 @@
+#include "core/failure.h"
+#include "db/connection.h"
+#include "db/schema.h"
+#include "db/sqltext.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+
+#include <QtTest>
+
+using namespace corvane;
+
+// The connection, the quoting helper and the schema on the real server.
+class ConnectionTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+
+private slots:
+    void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("connection")); }
+    void cleanupTestCase() { db_.reset(); }
+
+    void hostileTextsSurviveTheRoundTrip_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("quote") << QStringLiteral("O'BRIEN & SONS");
+        QTest::newRow("quote injection") << QStringLiteral("x'); DROP TABLE FBT_Info; --");
+        QTest::newRow("backslash") << QStringLiteral("C:\\FBT\\DATA\\");
+        QTest::newRow("trailing backslash") << QStringLiteral("abc\\");
+        QTest::newRow("double quote") << QStringLiteral("say \"hi\"");
+        QTest::newRow("nul") << QString::fromUtf16(u"a\0b", 3);
+        QTest::newRow("line ends and ctrl-z") << QStringLiteral("a\r\nb\x1a" "c");
+        QTest::newRow("percent and underscore") << QStringLiteral("100%_done");
+        QTest::newRow("devanagari") << QStringLiteral("भारतीय स्टेट बैंक");
+        QTest::newRow("emoji") << QStringLiteral("bank 🏦");
+        QTest::newRow("back quote") << QStringLiteral("`x`");
+    }
+
+    void hostileTextsSurviveTheRoundTrip()
+    {
+        QFETCH(QString, text);
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("DELETE FROM Bank_Master"));
+        c.execute(QStringLiteral("Insert into Bank_Master Values(1,") + sqlQuote(text) + QStringLiteral(",'','')"));
+        const auto result = c.query(QStringLiteral("select bank_name from Bank_Master where bank_name=") + sqlQuote(text));
+        QCOMPARE(result.rows.size(), 1);
+        QCOMPARE(result.rows.first().first().toString(), text);
+        QCOMPARE(db_->count(QStringLiteral("FBT_Info")), 0); // nothing was dropped
+    }
+
+    void tableNamesAreBackQuoted()
+    {
+        Connection& c = *db_->connection();
+        const QString odd = QStringLiteral("odd`name table");
+        c.execute(QStringLiteral("CREATE TABLE ") + sqlName(odd) + QStringLiteral(" (code_no VARCHAR(5)) ENGINE=MyISAM"));
+        c.execute(QStringLiteral("INSERT INTO ") + sqlName(odd) + QStringLiteral(" VALUES ('A')"));
+        QCOMPARE(db_->count(odd), 1);
+        c.execute(QStringLiteral("DROP TABLE ") + sqlName(odd));
+    }
+
+    void literalsKeepTheirKind()
+    {
+        QCOMPARE(sqlLiteral(QVariant()), QStringLiteral("NULL"));
+        QCOMPARE(sqlLiteral(42), QStringLiteral("42"));
+        QCOMPARE(sqlLiteral(QStringLiteral("42")), QStringLiteral("'42'"));
+        const double value = 0.1 + 0.2;
+        QCOMPARE(db_->scalar(QStringLiteral("select ") + sqlLiteral(value) + QStringLiteral(" = ") + sqlLiteral(value)), QStringLiteral("1"));
+    }
+
+    void failuresCarryTheServerNumberAndText_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<long>("number");
+        QTest::addColumn<QString>("fragment");
+        QTest::newRow("syntax") << "selec 1" << 1064L << "syntax";
+        QTest::newRow("no table") << "select * from nowhere" << 1146L << "nowhere";
+        QTest::newRow("duplicate key") << "insert into FBT_Nature values (1,'a'),(1,'b')" << 1062L << "Duplicate";
+        QTest::newRow("no column") << "select nope from FBT_Info" << 1054L << "nope";
+    }
+
+    void failuresCarryTheServerNumberAndText()
+    {
+        QFETCH(QString, sql);
+        QFETCH(long, number);
+        QFETCH(QString, fragment);
+        db_->connection()->execute(QStringLiteral("DELETE FROM FBT_Nature"));
+        try {
+            db_->connection()->execute(sql);
+            QFAIL("the statement should have failed");
+        } catch (const Failure& f) {
+            QCOMPARE(f.number(), number);
+            QCOMPARE(f.source(), QStringLiteral("MySQL"));
+            QVERIFY2(f.description().contains(fragment, Qt::CaseInsensitive), qPrintable(f.description()));
+        }
+    }
+
+    void unreachableServerFailsWithinTheTimeout()
+    {
+        ConnectionSettings s;
+        s.privateServer = false;
+        s.socket = QStringLiteral("/nonexistent/mysqld.sock");
+        s.user = QStringLiteral("root");
+        Connection c;
+        try {
+            c.open(s);
+            QFAIL("opened a connection to nowhere");
+        } catch (const Failure& f) {
+            QCOMPARE(f.number(), 2002L);
+            QVERIFY(f.description().contains(QStringLiteral("/nonexistent/mysqld.sock")));
+        }
+        QVERIFY(!c.isOpen());
+        QCOMPARE(failureNumber(c), err::ObjectNotSet);
+    }
+
+    static long failureNumber(Connection& c)
+    {
+        try {
+            c.execute(QStringLiteral("select 1"));
+        } catch (const Failure& f) {
+            return f.number();
+        }
+        return 0;
+    }
+
+    void missingDatabaseIsReported()
+    {
+        ConnectionSettings s = test::serverSettings();
+        s.database = QStringLiteral("no_such_database_here");
+        Connection c;
+        try {
+            c.open(s);
+            QFAIL("opened a missing database");
+        } catch (const Failure& f) {
+            QCOMPARE(f.number(), 1049L);
+        }
+    }
+
+    void tablesHaveTheirColumnsInOrder_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<int>("columns");
+        QTest::addColumn<QString>("first");
+        QTest::addColumn<QString>("last");
+        QTest::newRow("FBT_AddInfo") << "FBT_AddInfo" << 36 << "Code_No" << "IntDt";
+        QTest::newRow("FBT_MiscInf") << "FBT_MiscInf" << 28 << "Code_No" << "Var2_1";
+        QTest::newRow("FBT_BankDet") << "FBT_BankDet" << 10 << "code_no" << "DefAcc";
+        QTest::newRow("Bank_Master") << "Bank_Master" << 4 << "bank_code_no" << "branch_code";
+        QTest::newRow("FBT_Info") << "FBT_Info" << 16 << "Code_No" << "EMail";
+    }
+
+    void tablesHaveTheirColumnsInOrder()
+    {
+        QFETCH(QString, table);
+        QFETCH(int, columns);
+        QFETCH(QString, first);
+        QFETCH(QString, last);
+        const auto result = db_->connection()->query(QStringLiteral("Show columns from ") + sqlName(table));
+        QCOMPARE(result.rows.size(), columns);
+        QCOMPARE(result.rows.first().first().toString(), first);
+        QCOMPARE(result.rows.last().first().toString(), last);
+        QCOMPARE(db_->scalar(QStringLiteral("select engine from information_schema.tables where table_schema=") + sqlQuote(db_->name())
+                             + QStringLiteral(" and table_name=") + sqlQuote(table)),
+                 QStringLiteral("MyISAM"));
+    }
+
+    void addInfoColumnsFollowTheStoredOrder()
+    {
+        const QStringList expected = QStringLiteral(
+            "Code_No TYear ChAdd Ward OldWard Section RevRet RevRecNo RevRecDt NOB Ac44AA Ac44AB Dt44AB Ac44ABC Dt44ABC "
+            "PEIndia DtRel1 DtRel2 PEOut EmpBoth SepBooks IndiaEmp TotalEmp RetDt RetAckNo AreaCd AoTyp AoRng AoNo "
+            "Calc115WJ Amt115WJ Calc115WK Amt115WK Calc115WJ5 Amt115WJ5 IntDt").split(QLatin1Char(' '));
+        QCOMPARE(schema::find(QStringLiteral("fbt_addinfo"))->columnNames(), expected);
+    }
+
+    void creatingTablesTwiceChangesNothing()
+    {
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("INSERT INTO FBT_Info (Code_No, Name) VALUES ('KEEP', 'KEPT')"));
+        QVERIFY(schema::createMissingTables(c).isEmpty());
+        c.execute(QStringLiteral("DROP TABLE recp_det"));
+        QCOMPARE(schema::createMissingTables(c), QStringList{QStringLiteral("recp_det")});
+        QCOMPARE(db_->count(QStringLiteral("FBT_Info"), QStringLiteral("Code_No='KEEP'")), 1);
+        QVERIFY(schema::fillNatures(c) >= 0);
+        const int natures = db_->count(QStringLiteral("FBT_Nature"));
+        QCOMPARE(schema::fillNatures(c), 0);
+        QCOMPARE(db_->count(QStringLiteral("FBT_Nature")), natures);
+        c.execute(QStringLiteral("DELETE FROM FBT_Info"));
+    }
+
+    void demoDataIsLoadedOnceAndHangsTogether()
+    {
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("DELETE FROM FBT_Info"));
+        QVERIFY(schema::loadDemoData(c) > 0);
+        QCOMPARE(schema::loadDemoData(c), 0);
+        QVERIFY(db_->count(QStringLiteral("FBT_Info")) >= 5);
+        // Every detail row hangs on a bill or receipt of a client that exists.
+        QCOMPARE(db_->count(QStringLiteral("bill_det"), QStringLiteral("billid not in (select billid from bill_main)")), 0);
+        QCOMPARE(db_->count(QStringLiteral("recp_det"), QStringLiteral("recpid not in (select recpid from recp_main)")), 0);
+        QCOMPARE(db_->count(QStringLiteral("bill_main"), QStringLiteral("code_no not in (select Code_No from FBT_Info)")), 0);
+        QCOMPARE(db_->count(QStringLiteral("FBT_BankDet"), QStringLiteral("code_no not in (select Code_No from FBT_Info)")), 0);
+    }
+};
+
+CORVANE_TEST_CLASS(ConnectionTest)
+#include "connectiontest.moc"
