@@ -1,5 +1,8 @@
 #include "db/sqltext.h"
 
+#include <charconv>
+#include <cmath>
+
 namespace corvane {
 
 QString sqlEscape(const QString& text)
@@ -48,8 +51,15 @@ QString sqlLiteral(const QVariant& value)
     case QMetaType::UShort:
         return value.toString();
     case QMetaType::Double:
-    case QMetaType::Float:
-        return QString::number(value.toDouble(), 'g', 17);
+    case QMetaType::Float: {
+        // Shortest decimal text that reads back as the same double, never an exponent.
+        const double v = value.toDouble();
+        if (!std::isfinite(v))
+            return QStringLiteral("NULL");
+        char buffer[400];
+        const auto end = std::to_chars(buffer, buffer + sizeof buffer, v == 0 ? 0.0 : v, std::chars_format::fixed).ptr;
+        return QString::fromLatin1(buffer, int(end - buffer));
+    }
     case QMetaType::Bool:
         return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
     default:

@@ -1,0 +1,379 @@
+#include "screens/addinfo/addinforecord.h"
+
+#include "core/modbase.h"
+#include "core/resumenext.h"
+#include "db/connection.h"
+#include "db/recordset.h"
+#include "db/sqltext.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace corvane {
+
+namespace {
+
+constexpr int kSections = 4;
+
+Connection& connection()
+{
+    Connection* c = modbase().CnnObj.get();
+    if (!c)
+        throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set"));
+    return *c;
+}
+
+QString flag(bool ticked)
+{
+    return ticked ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+// ",'value'" for a text column.
+QString text(const QString& value)
+{
+    return QLatin1Char(',') + sqlQuote(value);
+}
+
+// ",value" for a number column.
+QString number(double value)
+{
+    return QLatin1Char(',') + sqlLiteral(value);
+}
+
+// "name='value'" and "name=value" of the update.
+QString setText(const QString& name, const QString& value)
+{
+    return name + QLatin1Char('=') + sqlQuote(value);
+}
+
+QString setNumber(const QString& name, double value)
+{
+    return name + QLatin1Char('=') + sqlLiteral(value);
+}
+
+// A check box takes the numeric value of its flag column; null leaves it.
+void readFlag(const Recordset& rs, const char* column, bool& box)
+{
+    const QVariant v = rs.field(QString::fromLatin1(column));
+    if (!v.isNull())
+        box = AddInfoRecord::numericValue(v.toString()) != 0;
+}
+
+void readText(const Recordset& rs, const char* column, QString& box)
+{
+    box = rs.text(QString::fromLatin1(column));
+}
+
+// A null amount leaves its box as it is.
+void readNumber(const Recordset& rs, const char* column, QString& box)
+{
+    const QVariant v = rs.field(QString::fromLatin1(column));
+    if (!v.isNull())
+        box = AddInfoRecord::numberText(AddInfoRecord::numericValue(v.toString()));
+}
+
+} // namespace
+
+AddInfoRecord::AddInfoRecord(AddInfoEdition edition, QString formName)
+    : edition_(edition), formName_(std::move(formName))
+{
+}
+
+double AddInfoRecord::numericValue(const QString& text)
+{
+    // Leading blanks, an optional sign, digits with at most one point; the rest is ignored.
+    QByteArray digits;
+    int i = 0;
+    while (i < text.size() && (text[i] == QLatin1Char(' ') || text[i] == QLatin1Char('\t')))
+        ++i;
+    if (i < text.size() && (text[i] == QLatin1Char('-') || text[i] == QLatin1Char('+')))
+        digits += char(text[i++].unicode());
+    bool point = false;
+    bool any = false;
+    for (; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c.unicode() >= '0' && c.unicode() <= '9') {
+            digits += char(c.unicode());
+            any = true;
+        } else if (c == QLatin1Char('.') && !point) {
+            digits += '.';
+            point = true;
+        } else {
+            break;
+        }
+    }
+    if (!any)
+        return 0;
+    bool ok = false;
+    const double v = digits.toDouble(&ok);
+    return ok && std::isfinite(v) ? v : 0;
+}
+
+QString AddInfoRecord::numberText(double value)
+{
+    if (!std::isfinite(value))
+        return QStringLiteral("0");
+    if (value == 0)
+        value = 0; // no "-0"
+    char buffer[400];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    if (result.ec != std::errc())
+        return QStringLiteral("0");
+    return QString::fromLatin1(buffer, int(result.ptr - buffer));
+}
+
+QString AddInfoRecord::nobText() const
+{
+    QString nob;
+    for (int i = 0; i < int(values.nob.size()); ++i)
+        if (values.nob[std::size_t(i)])
+            nob += QString::number(i + 1);
+    return nob;
+}
+
+QString AddInfoRecord::selectStatement(bool fromPrevious) const
+{
+    const Modbase& m = modbase();
+    return QStringLiteral("select * from FBT_AddInfo where code_no=") + sqlQuote(m.Code) + QStringLiteral(" and tyear=")
+        + sqlLiteral(int(m.TYear) - (fromPrevious ? 1 : 0));
+}
+
+QString AddInfoRecord::miscSelectStatement(bool fromPrevious) const
+{
+    const Modbase& m = modbase();
+    return QStringLiteral("select * from FBT_MiscInf where code_no=") + sqlQuote(m.Code) + QStringLiteral(" and tyear=")
+        + sqlLiteral(int(m.TYear) - (fromPrevious ? 1 : 0));
+}
+
+bool AddInfoRecord::READDATA(bool fromPrevious)
+{
+    ResumeNext guard(formName_, QStringLiteral("READDATA"));
+    bool found = false;
+    Recordset rs;
+    guard([&] { rs.open(selectStatement(fromPrevious), connection()); });
+    guard([&] {
+        if (!rs.isOpen() || rs.eof())
+            return;
+        found = true;
+        if (!fromPrevious)
+            marker = QStringLiteral("1");
+        AddInfoValues& v = values;
+        readFlag(rs, "ChAdd", v.chAdd);
+        readText(rs, "Ward", v.ward);
+        readText(rs, "OldWard", v.oldWard);
+        const int section = int(numericValue(rs.text(QStringLiteral("Section"))));
+        v.section = section >= 1 && section <= kSections ? section : 0;
+        readFlag(rs, "RevRet", v.revRet);
+        readText(rs, "RevRecNo", v.revRecNo);
+        readText(rs, "RevRecDt", v.revRecDt);
+        const QString nob = rs.text(QStringLiteral("NOB"));
+        for (int i = 0; i < int(v.nob.size()); ++i)
+            v.nob[std::size_t(i)] = nob.contains(QString::number(i + 1));
+        readFlag(rs, "Ac44AA", v.ac44AA);
+        readFlag(rs, "Ac44AB", v.ac44AB);
+        readText(rs, "Dt44AB", v.dt44AB);
+        readFlag(rs, "Ac44ABC", v.ac44ABC);
+        readText(rs, "Dt44ABC", v.dt44ABC);
+        readFlag(rs, "PEIndia", v.peIndia);
+        readFlag(rs, "DtRel1", v.dtRel1);
+        readFlag(rs, "DtRel2", v.dtRel2);
+        readFlag(rs, "PEOut", v.peOut);
+        readFlag(rs, "EmpBoth", v.empBoth);
+        readFlag(rs, "SepBooks", v.sepBooks);
+        readNumber(rs, "IndiaEmp", v.indiaEmp);
+        readNumber(rs, "TotalEmp", v.totalEmp);
+        readText(rs, "AreaCd", v.areaCd);
+        readText(rs, "AoTyp", v.aoTyp);
+        readText(rs, "AoRng", v.aoRng);
+        readText(rs, "AoNo", v.aoNo);
+        readFlag(rs, "Calc115WJ", v.calc115WJ);
+        readNumber(rs, "Amt115WJ", v.amt115WJ);
+        readFlag(rs, "Calc115WK", v.calc115WK);
+        readNumber(rs, "Amt115WK", v.amt115WK);
+        readFlag(rs, "Calc115WJ5", v.calc115WJ5);
+        readNumber(rs, "Amt115WJ5", v.amt115WJ5);
+        const QString intDt = rs.text(QStringLiteral("IntDt"));
+        v.intUpto = !intDt.isEmpty();
+        if (intDt != QLatin1String("todate"))
+            v.intDt = intDt;
+    });
+    guard([&] { rs.close(); });
+
+    if (edition_ == AddInfoEdition::Second) {
+        guard([&] { rs.open(miscSelectStatement(fromPrevious), connection()); });
+        guard([&] {
+            if (!rs.isOpen() || rs.eof())
+                return;
+            MiscInfValues& m = misc;
+            readFlag(rs, "RepAss", m.repAss);
+            for (int i = 0; i < MiscInfValues::kRepFields; ++i)
+                m.rep[std::size_t(i)] = rs.text(QStringLiteral("Var0_%1").arg(i));
+            readFlag(rs, "Opt44AA", m.opt44AA);
+            readFlag(rs, "Opt44AB", m.opt44AB);
+            for (int i = 0; i < MiscInfValues::kAuditorFields; ++i)
+                m.auditor[std::size_t(i)] = rs.text(QStringLiteral("Var1_%1").arg(i));
+            readFlag(rs, "Var2_0", m.nameChanged);
+            readText(rs, "Var2_1", m.oldName);
+        });
+        guard([&] { rs.close(); });
+    }
+    return found;
+}
+
+QString AddInfoRecord::keyTail() const
+{
+    const Modbase& m = modbase();
+    return QStringLiteral(" where code_no=") + sqlQuote(m.Code) + QStringLiteral(" and tyear=") + sqlLiteral(int(m.TYear));
+}
+
+QString AddInfoRecord::insertStatement() const
+{
+    const Modbase& m = modbase();
+    const AddInfoValues& v = values;
+    const bool first = edition_ == AddInfoEdition::First;
+    const QString none;
+    const QString totalEmp = v.empBoth ? v.totalEmp : v.indiaEmp;
+
+    QString sql = QStringLiteral("insert into FBT_AddInfo values(") + sqlQuote(m.Code) + QLatin1Char(',') + sqlLiteral(int(m.TYear));
+    sql += text(first ? flag(v.chAdd) : QStringLiteral("0"));
+    sql += text(v.ward);
+    sql += text(first ? v.oldWard : none);
+    sql += text(QString::number(v.section));
+    sql += text(flag(v.revRet));
+    sql += text(v.revRet ? v.revRecNo : none);
+    sql += text(v.revRet ? v.revRecDt : none);
+    if (first) {
+        sql += text(nobText());
+        sql += text(flag(v.ac44AA));
+        sql += text(flag(v.ac44AB));
+        sql += text(v.ac44AB ? v.dt44AB : none);
+        sql += text(flag(v.ac44ABC));
+        sql += text(v.ac44ABC ? v.dt44ABC : none);
+    } else {
+        for (int i = 0; i < 6; ++i)
+            sql += text(none);
+    }
+    sql += text(flag(v.peIndia));
+    sql += text(first ? flag(v.dtRel1) : none);
+    sql += text(first ? flag(v.dtRel2) : none);
+    sql += text(first ? flag(v.peOut) : none);
+    sql += text(flag(v.empBoth));
+    sql += text(flag(v.sepBooks));
+    sql += number(numericValue(v.indiaEmp));
+    sql += number(numericValue(totalEmp));
+    sql += text(none); // RetDt and RetAckNo belong to the return register
+    sql += text(none);
+    sql += text(v.areaCd);
+    sql += text(v.aoTyp);
+    sql += text(v.aoRng);
+    sql += text(v.aoNo);
+    sql += text(flag(v.calc115WJ));
+    sql += number(v.calc115WJ ? numericValue(v.amt115WJ) : 0);
+    sql += text(flag(v.calc115WK));
+    sql += number(v.calc115WK ? numericValue(v.amt115WK) : 0);
+    if (first) {
+        sql += QStringLiteral(",'1',0");
+    } else {
+        sql += text(flag(v.calc115WJ5));
+        sql += number(v.calc115WJ5 ? numericValue(v.amt115WJ5) : 0);
+    }
+    sql += text(!v.intUpto ? none : v.intDt.isEmpty() ? QStringLiteral("todate") : v.intDt);
+    sql += QLatin1Char(')');
+    return sql;
+}
+
+QString AddInfoRecord::updateStatement() const
+{
+    const AddInfoValues& v = values;
+    const QString none;
+    const QString totalEmp = v.empBoth ? v.totalEmp : v.indiaEmp;
+    const QString intDt = !v.intUpto ? none : v.intDt.isEmpty() ? QStringLiteral("todate") : v.intDt;
+    QStringList sets;
+    if (edition_ == AddInfoEdition::First) {
+        sets << setText(QStringLiteral("ChAdd"), flag(v.chAdd)) << setText(QStringLiteral("Ward"), v.ward)
+             << setText(QStringLiteral("OldWard"), v.oldWard) << setText(QStringLiteral("Section"), QString::number(v.section))
+             << setText(QStringLiteral("RevRet"), flag(v.revRet))
+             << setText(QStringLiteral("RevRecNo"), v.revRet ? v.revRecNo : none)
+             << setText(QStringLiteral("RevRecDt"), v.revRet ? v.revRecDt : none)
+             << setText(QStringLiteral("NOB"), nobText()) << setText(QStringLiteral("Ac44AA"), flag(v.ac44AA))
+             << setText(QStringLiteral("Ac44AB"), flag(v.ac44AB))
+             << setText(QStringLiteral("Dt44AB"), v.ac44AB ? v.dt44AB : none)
+             << setText(QStringLiteral("Ac44ABC"), flag(v.ac44ABC))
+             << setText(QStringLiteral("Dt44ABC"), v.ac44ABC ? v.dt44ABC : none)
+             << setText(QStringLiteral("PEIndia"), flag(v.peIndia)) << setText(QStringLiteral("DtRel1"), flag(v.dtRel1))
+             << setText(QStringLiteral("DtRel2"), flag(v.dtRel2)) << setText(QStringLiteral("PEOut"), flag(v.peOut))
+             << setText(QStringLiteral("EmpBoth"), flag(v.empBoth)) << setText(QStringLiteral("SepBooks"), flag(v.sepBooks))
+             << setNumber(QStringLiteral("IndiaEmp"), numericValue(v.indiaEmp))
+             << setNumber(QStringLiteral("TotalEmp"), numericValue(totalEmp))
+             << setText(QStringLiteral("AreaCd"), v.areaCd) << setText(QStringLiteral("AoTyp"), v.aoTyp)
+             << setText(QStringLiteral("AoRng"), v.aoRng) << setText(QStringLiteral("AoNo"), v.aoNo)
+             << setText(QStringLiteral("Calc115WJ"), flag(v.calc115WJ))
+             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? numericValue(v.amt115WJ) : 0)
+             << setText(QStringLiteral("Calc115WK"), flag(v.calc115WK))
+             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? numericValue(v.amt115WK) : 0)
+             << setText(QStringLiteral("IntDt"), intDt);
+    } else {
+        sets << setText(QStringLiteral("Ward"), v.ward) << setText(QStringLiteral("Section"), QString::number(v.section))
+             << setText(QStringLiteral("RevRet"), flag(v.revRet))
+             << setText(QStringLiteral("RevRecNo"), v.revRet ? v.revRecNo : none)
+             << setText(QStringLiteral("RevRecDt"), v.revRet ? v.revRecDt : none)
+             << setText(QStringLiteral("PEIndia"), flag(v.peIndia)) << setText(QStringLiteral("EmpBoth"), flag(v.empBoth))
+             << setText(QStringLiteral("SepBooks"), flag(v.sepBooks))
+             << setNumber(QStringLiteral("IndiaEmp"), numericValue(v.indiaEmp))
+             << setNumber(QStringLiteral("TotalEmp"), numericValue(totalEmp))
+             << setText(QStringLiteral("AreaCd"), v.areaCd) << setText(QStringLiteral("AoTyp"), v.aoTyp)
+             << setText(QStringLiteral("AoRng"), v.aoRng) << setText(QStringLiteral("AoNo"), v.aoNo)
+             << setText(QStringLiteral("Calc115WJ"), flag(v.calc115WJ))
+             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? numericValue(v.amt115WJ) : 0)
+             << setText(QStringLiteral("Calc115WJ5"), flag(v.calc115WJ5))
+             << setNumber(QStringLiteral("Amt115WJ5"), v.calc115WJ5 ? numericValue(v.amt115WJ5) : 0)
+             << setText(QStringLiteral("Calc115WK"), flag(v.calc115WK))
+             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? numericValue(v.amt115WK) : 0)
+             << setText(QStringLiteral("IntDt"), intDt);
+    }
+    return QStringLiteral("Update FBT_AddInfo Set ") + sets.join(QLatin1Char(',')) + keyTail();
+}
+
+QString AddInfoRecord::miscDeleteStatement() const
+{
+    const Modbase& m = modbase();
+    return QStringLiteral("Delete from FBT_MiscInf Where Code_No=") + sqlQuote(m.Code) + QStringLiteral(" and Tyear=")
+        + sqlLiteral(int(m.TYear));
+}
+
+QString AddInfoRecord::miscInsertStatement() const
+{
+    const Modbase& m = modbase();
+    QString sql = QStringLiteral("Insert into FBT_MiscInf Values (") + sqlQuote(m.Code) + QLatin1Char(',') + sqlLiteral(int(m.TYear));
+    sql += text(flag(misc.repAss));
+    for (const QString& field : misc.rep)
+        sql += text(field);
+    sql += text(flag(misc.opt44AA));
+    sql += text(flag(misc.opt44AB));
+    for (const QString& field : misc.auditor)
+        sql += text(field);
+    sql += text(flag(misc.nameChanged));
+    sql += text(misc.oldName);
+    sql += QLatin1Char(')');
+    return sql;
+}
+
+AddInfoRecord::SaveResult AddInfoRecord::SAVEDATA()
+{
+    if (edition_ == AddInfoEdition::First && nobText().isEmpty())
+        return SaveResult::NoNatureOfBusiness;
+
+    ResumeNext guard(formName_, QStringLiteral("SAVEDATA"));
+    guard([&] { connection().execute(marker.isEmpty() ? insertStatement() : updateStatement()); });
+    guard([&] { connection().execute(QStringLiteral("flush tables")); });
+    if (edition_ == AddInfoEdition::Second) {
+        // The row has no marker of its own: it is always written afresh.
+        guard([&] { connection().execute(miscDeleteStatement()); });
+        guard([&] { connection().execute(QStringLiteral("Flush Tables")); });
+        guard([&] { connection().execute(miscInsertStatement()); });
+        guard([&] { connection().execute(QStringLiteral("Flush Tables")); });
+    }
+    return SaveResult::Saved;
+}
+
+} // namespace corvane

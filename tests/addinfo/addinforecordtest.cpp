@@ -1,0 +1,396 @@
+#include "core/modbase.h"
+#include "screens/addinfo/addinforecord.h"
+#include "support/testdatabase.h"
+#include "support/testlog.h"
+#include "support/testmain.h"
+
+#include <QtTest>
+
+using namespace corvane;
+
+namespace {
+
+const QString kClient = QStringLiteral("C001");
+constexpr qint16 kYear = 2007;
+
+// A complete set of first-edition answers.
+AddInfoValues sampleAnswers()
+{
+    AddInfoValues v;
+    v.chAdd = true;
+    v.ward = QStringLiteral("WARD 3(2)");
+    v.oldWard = QStringLiteral("WARD 1");
+    v.section = 2;
+    v.revRet = true;
+    v.revRecNo = QStringLiteral("RCPT 77");
+    v.revRecDt = QStringLiteral("15/09/2007");
+    v.nob = {false, true, false, true, false, false};
+    v.ac44AA = true;
+    v.ac44AB = true;
+    v.dt44AB = QStringLiteral("30/10/2007");
+    v.ac44ABC = false;
+    v.dt44ABC = QStringLiteral("01/01/2007");
+    v.peIndia = true;
+    v.dtRel2 = true;
+    v.empBoth = true;
+    v.sepBooks = true;
+    v.indiaEmp = QStringLiteral("40");
+    v.totalEmp = QStringLiteral("55");
+    v.areaCd = QStringLiteral("MUM");
+    v.aoTyp = QStringLiteral("W");
+    v.aoRng = QStringLiteral("12");
+    v.aoNo = QStringLiteral("3");
+    v.calc115WJ = true;
+    v.amt115WJ = QStringLiteral("1250.5");
+    v.calc115WK = true;
+    v.amt115WK = QStringLiteral("300");
+    v.intUpto = true;
+    v.intDt = QStringLiteral("31/03/2008");
+    return v;
+}
+
+} // namespace
+
+// The additional information record of both editions on the real server.
+class AddInfoRecordTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+
+    Connection& c() { return *db_->connection(); }
+
+    QString column(const QString& name, int year = kYear, const QString& table = QStringLiteral("FBT_AddInfo"))
+    {
+        return db_->scalar(QStringLiteral("select ") + name + QStringLiteral(" from ") + table
+                           + QStringLiteral(" where code_no='C001' and tyear=") + QString::number(year));
+    }
+
+    // A row as the return register leaves it: filed, with a 115WJ(5) choice.
+    void insertFiledRow(int year)
+    {
+        c().execute(QStringLiteral("insert into FBT_AddInfo values('C001',%1,'0','OLD WARD','','1','0','','','5','0','0','','0','',"
+                                   "'0','0','0','0','0','0',7,7,'10/10/2007','ACK-9','','','','','0',0,'0',0,'1',800,'')")
+                        .arg(year));
+    }
+
+    static AddInfoRecord openRecord(AddInfoEdition edition)
+    {
+        AddInfoRecord r(edition, edition == AddInfoEdition::First ? QStringLiteral("frmaddinfo") : QStringLiteral("frmaddinfo1"));
+        r.READDATA(false);
+        return r;
+    }
+
+private slots:
+    void init()
+    {
+        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("addinfo"));
+        modbase().Code = kClient;
+        modbase().TYear = kYear;
+    }
+    void cleanup() { db_.reset(); }
+
+    void aYearWithoutARowInsertsACompleteRow()
+    {
+        // GIVEN a client year without a row, opened by the first edition
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        QCOMPARE(r.marker, QString());
+        // WHEN the answers are saved
+        r.values = sampleAnswers();
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+        // THEN one row holds every answer in its encoding, with nothing filed yet
+        const auto rows = c().query(QStringLiteral("select * from FBT_AddInfo")).rows;
+        QCOMPARE(rows.size(), 1);
+        QStringList got;
+        for (const QVariant& v : rows.first())
+            got << v.toString();
+        const QStringList expected = QStringLiteral(
+            "C001|2007|1|WARD 3(2)|WARD 1|2|1|RCPT 77|15/09/2007|24|1|1|30/10/2007|0||1|0|1|0|1|1|40|55|||MUM|W|12|3|1|1250.5|1|300|1|0|31/03/2008")
+                                         .split(QLatin1Char('|'));
+        QCOMPARE(got, expected);
+    }
+
+    void theStatementsKeepTheirTexts()
+    {
+        AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
+        r.values.ward = QStringLiteral("W1");
+        r.values.nob[0] = true;
+        QCOMPARE(r.insertStatement(),
+                 QStringLiteral("insert into FBT_AddInfo values('C001',2007,'0','W1','','0','0','','','1','0','0','','0','','0','0','0','0',"
+                                "'0','0',0,0,'','','','','','','0',0,'0',0,'1',0,'')"));
+        QCOMPARE(r.updateStatement(),
+                 QStringLiteral("Update FBT_AddInfo Set ChAdd='0',Ward='W1',OldWard='',Section='0',RevRet='0',RevRecNo='',RevRecDt='',"
+                                "NOB='1',Ac44AA='0',Ac44AB='0',Dt44AB='',Ac44ABC='0',Dt44ABC='',PEIndia='0',DtRel1='0',DtRel2='0',"
+                                "PEOut='0',EmpBoth='0',SepBooks='0',IndiaEmp=0,TotalEmp=0,AreaCd='',AoTyp='',AoRng='',AoNo='',"
+                                "Calc115WJ='0',Amt115WJ=0,Calc115WK='0',Amt115WK=0,IntDt='' where code_no='C001' and tyear=2007"));
+        AddInfoRecord second(AddInfoEdition::Second, QStringLiteral("frmaddinfo1"));
+        QCOMPARE(second.updateStatement(),
+                 QStringLiteral("Update FBT_AddInfo Set Ward='',Section='0',RevRet='0',RevRecNo='',RevRecDt='',PEIndia='0',EmpBoth='0',"
+                                "SepBooks='0',IndiaEmp=0,TotalEmp=0,AreaCd='',AoTyp='',AoRng='',AoNo='',Calc115WJ='0',Amt115WJ=0,"
+                                "Calc115WJ5='0',Amt115WJ5=0,Calc115WK='0',Amt115WK=0,IntDt='' where code_no='C001' and tyear=2007"));
+        QCOMPARE(second.miscDeleteStatement(), QStringLiteral("Delete from FBT_MiscInf Where Code_No='C001' and Tyear=2007"));
+        QVERIFY(second.miscInsertStatement().startsWith(QStringLiteral("Insert into FBT_MiscInf Values ('C001',2007,'0','','")));
+    }
+
+    void aYearWithARowIsUpdatedAndKeepsItsFilingColumns()
+    {
+        // GIVEN a filed row for the year
+        insertFiledRow(kYear);
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        QCOMPARE(r.marker, QStringLiteral("1"));
+        QCOMPARE(r.values.nob, (std::array<bool, 6>{false, false, false, false, true, false}));
+        QCOMPARE(r.values.section, 1);
+        // WHEN the first edition saves other answers
+        r.values = sampleAnswers();
+        r.SAVEDATA();
+        // THEN the row is updated and the register's and the second edition's columns stay
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
+        QCOMPARE(column(QStringLiteral("Ward")), QStringLiteral("WARD 3(2)"));
+        QCOMPARE(column(QStringLiteral("NOB")), QStringLiteral("24"));
+        QCOMPARE(column(QStringLiteral("RetDt")), QStringLiteral("10/10/2007"));
+        QCOMPARE(column(QStringLiteral("RetAckNo")), QStringLiteral("ACK-9"));
+        QCOMPARE(column(QStringLiteral("Calc115WJ5")), QStringLiteral("1"));
+        QCOMPARE(column(QStringLiteral("Amt115WJ5")), QStringLiteral("800"));
+    }
+
+    void loadFromPreviousYear_data()
+    {
+        QTest::addColumn<bool>("rowThisYear");
+        QTest::addColumn<bool>("rowLastYear");
+        QTest::newRow("new year, last year filled") << false << true;
+        QTest::newRow("existing year, last year filled") << true << true;
+        QTest::newRow("new year, nothing last year") << false << false;
+        QTest::newRow("existing year, nothing last year") << true << false;
+    }
+
+    void loadFromPreviousYear()
+    {
+        QFETCH(bool, rowThisYear);
+        QFETCH(bool, rowLastYear);
+        // GIVEN last year's answers (or none) and this year's row (or none)
+        if (rowLastYear) {
+            modbase().TYear = kYear - 1;
+            AddInfoRecord last(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
+            last.values = sampleAnswers();
+            last.SAVEDATA();
+            modbase().TYear = kYear;
+        }
+        if (rowThisYear)
+            insertFiledRow(kYear);
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        const AddInfoValues before = r.values;
+        const QString markerBefore = r.marker;
+
+        // WHEN the user loads last year's answers and saves
+        const bool found = r.READDATA(true);
+
+        // THEN the marker is as the normal load left it and the screen has last year's answers, or is unchanged
+        QCOMPARE(found, rowLastYear);
+        QCOMPARE(r.marker, markerBefore);
+        AddInfoValues lastYear = sampleAnswers();
+        lastYear.dt44ABC.clear();    // not kept: 44AB(c) was not ticked
+        lastYear.calc115WJ5 = true; // what the first edition writes for 115WJ(5)
+        lastYear.amt115WJ5 = QStringLiteral("0");
+        QCOMPARE(r.values, rowLastYear ? lastYear : before);
+        if (!rowLastYear)
+            return;
+        r.SAVEDATA();
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("tyear=2007")), 1);
+        QCOMPARE(column(QStringLiteral("Ward")), QStringLiteral("WARD 3(2)"));
+        QCOMPARE(column(QStringLiteral("RetAckNo")), rowThisYear ? QStringLiteral("ACK-9") : QString());
+        // last year's row is never touched
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("tyear=2006")), 1);
+    }
+
+    void natureOfBusinessDigits_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("ticked"); // one character per box
+        QTest::newRow("trading and services") << "24" << "010100";
+        QTest::newRow("all six") << "123456" << "111111";
+        QTest::newRow("others only") << "6" << "000001";
+        QTest::newRow("out of order") << "51" << "100010";
+    }
+
+    void natureOfBusinessDigits()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, ticked);
+        // GIVEN a row whose nature of business is the stored text
+        insertFiledRow(kYear);
+        c().execute(QStringLiteral("update FBT_AddInfo set NOB=") + QStringLiteral("'%1'").arg(stored));
+        // WHEN it is loaded
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        // THEN exactly the matching boxes are ticked, and saving writes them in box order
+        QString got;
+        for (bool b : r.values.nob)
+            got += b ? QLatin1Char('1') : QLatin1Char('0');
+        QCOMPARE(got, ticked);
+        r.SAVEDATA();
+        QString inOrder = stored;
+        std::sort(inOrder.begin(), inOrder.end());
+        QCOMPARE(column(QStringLiteral("NOB")), inOrder);
+    }
+
+    void withoutNatureOfBusinessNothingIsWritten()
+    {
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        r.values.ward = QStringLiteral("W");
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::NoNatureOfBusiness);
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 0);
+    }
+
+    void valueRules_data()
+    {
+        QTest::addColumn<QString>("columnName");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<std::function<void(AddInfoValues&)>>("edit");
+        using Edit = std::function<void(AddInfoValues&)>;
+        QTest::newRow("interest upto ticked, no date") << "IntDt" << "todate"
+                                                       << Edit([](AddInfoValues& v) { v.intDt.clear(); });
+        QTest::newRow("interest upto unticked") << "IntDt" << "" << Edit([](AddInfoValues& v) { v.intUpto = false; });
+        QTest::newRow("115WK unticked stores 0") << "concat(Calc115WK,'/',Amt115WK)" << "0/0"
+                                                 << Edit([](AddInfoValues& v) { v.calc115WK = false; });
+        QTest::newRow("115WJ unticked stores 0") << "concat(Calc115WJ,'/',Amt115WJ)" << "0/0"
+                                                 << Edit([](AddInfoValues& v) { v.calc115WJ = false; });
+        QTest::newRow("original return drops receipt") << "concat(RevRet,'/',RevRecNo,'/',RevRecDt)" << "0//"
+                                                       << Edit([](AddInfoValues& v) { v.revRet = false; });
+        QTest::newRow("44AB unticked drops its date") << "concat(Ac44AB,'/',Dt44AB)" << "0/"
+                                                      << Edit([](AddInfoValues& v) { v.ac44AB = false; });
+        QTest::newRow("44AB(c) ticked keeps its date") << "Dt44ABC" << "01/01/2007"
+                                                       << Edit([](AddInfoValues& v) { v.ac44ABC = true; });
+        QTest::newRow("employees only in India counted twice") << "concat(IndiaEmp,'/',TotalEmp)" << "40/40"
+                                                               << Edit([](AddInfoValues& v) { v.empBoth = false; });
+        QTest::newRow("non-numeric amount is 0") << "Amt115WK" << "0" << Edit([](AddInfoValues& v) { v.amt115WK = "ABC"; });
+        QTest::newRow("leading number of an amount") << "Amt115WK" << "12.5" << Edit([](AddInfoValues& v) { v.amt115WK = "12.5.3"; });
+        QTest::newRow("no change of address") << "ChAdd" << "0" << Edit([](AddInfoValues& v) { v.chAdd = false; });
+        QTest::newRow("quote in a text") << "Ward" << "O'NEIL \\ 'X'" << Edit([](AddInfoValues& v) { v.ward = "O'NEIL \\ 'X'"; });
+    }
+
+    void valueRules()
+    {
+        QFETCH(QString, columnName);
+        QFETCH(QString, stored);
+        QFETCH(std::function<void(AddInfoValues&)>, edit);
+        for (bool update : {false, true}) {
+            // GIVEN the sample answers changed by one rule, saved as insert and again as update
+            c().execute(QStringLiteral("delete from FBT_AddInfo"));
+            AddInfoRecord r = openRecord(AddInfoEdition::First);
+            r.values = sampleAnswers();
+            edit(r.values);
+            if (update) {
+                r.SAVEDATA();
+                r = openRecord(AddInfoEdition::First);
+                QCOMPARE(r.marker, QStringLiteral("1"));
+                r.values = sampleAnswers();
+                edit(r.values);
+            }
+            r.SAVEDATA();
+            // THEN the column holds the rule's value
+            QCOMPARE(column(columnName), stored);
+        }
+    }
+
+    void todateReloadsAsATickWithoutDate()
+    {
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        r.values = sampleAnswers();
+        r.values.intDt.clear();
+        r.SAVEDATA();
+        AddInfoRecord again = openRecord(AddInfoEdition::First);
+        QVERIFY(again.values.intUpto);
+        QCOMPARE(again.values.intDt, QString());
+    }
+
+    void nullAmountsLeaveTheirBoxes()
+    {
+        insertFiledRow(kYear);
+        c().execute(QStringLiteral("update FBT_AddInfo set Amt115WK=NULL, IndiaEmp=NULL, Ward=NULL"));
+        AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
+        r.values.amt115WK = QStringLiteral("99");
+        r.values.indiaEmp = QStringLiteral("5");
+        r.values.ward = QStringLiteral("TYPED");
+        r.READDATA(false);
+        QCOMPARE(r.values.amt115WK, QStringLiteral("99"));
+        QCOMPARE(r.values.indiaEmp, QStringLiteral("5"));
+        QCOMPARE(r.values.ward, QString());
+        QCOMPARE(r.values.totalEmp, QStringLiteral("7"));
+    }
+
+    void secondEditionInsertsItsOwnColumnsAndReplacesMiscInf()
+    {
+        // GIVEN a year before 2008 without rows, opened by the second edition
+        AddInfoRecord r = openRecord(AddInfoEdition::Second);
+        r.values = sampleAnswers();
+        r.values.calc115WJ5 = false;
+        r.values.amt115WJ5 = QStringLiteral("77");
+        r.misc.repAss = true;
+        r.misc.rep[0] = QStringLiteral("REP NAME");
+        r.misc.rep[7] = QStringLiteral("GOA");
+        r.misc.opt44AB = true;
+        r.misc.auditor[3] = QStringLiteral("ABCDE1234F");
+        r.misc.auditor[11] = QStringLiteral("01/05/2007");
+        r.misc.nameChanged = true;
+        r.misc.oldName = QStringLiteral("OLD & CO");
+        // WHEN it is saved twice
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+        r.SAVEDATA();
+        // THEN the first edition's questions are blank, 115WJ(5) is written, and one FBT_MiscInf row holds the pages
+        QCOMPARE(column(QStringLiteral("concat(ChAdd,'/',OldWard,'/',NOB,'/',Ac44AA,'/',Ac44ABC,'/',DtRel1,'/',PEOut)")),
+                 QStringLiteral("0//////"));
+        QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("0/0"));
+        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+        QCOMPARE(column(QStringLiteral("concat(RepAss,Var0_0,'/',Var0_7,'/',Opt44AA,Opt44AB,'/',Var1_3,'/',Var1_11,'/',Var2_0,Var2_1)"),
+                        kYear, QStringLiteral("FBT_MiscInf")),
+                 QStringLiteral("1REP NAME/GOA/01/ABCDE1234F/01/05/2007/1OLD & CO"));
+        // AND a fresh load gives the same pages back
+        AddInfoRecord again = openRecord(AddInfoEdition::Second);
+        QCOMPARE(again.misc, r.misc);
+        QCOMPARE(again.marker, QStringLiteral("1"));
+    }
+
+    void eachEditionKeepsTheOthersColumns()
+    {
+        // GIVEN a row written by the first edition, with 115WJ(5) set by the second
+        AddInfoRecord first = openRecord(AddInfoEdition::First);
+        first.values = sampleAnswers();
+        first.values.ac44ABC = true;
+        first.SAVEDATA();
+        AddInfoRecord second = openRecord(AddInfoEdition::Second);
+        QCOMPARE(second.values.nob, sampleAnswers().nob);
+        second.values.ward = QStringLiteral("NEW WARD");
+        second.values.calc115WJ5 = true;
+        second.values.amt115WJ5 = QStringLiteral("450");
+        // WHEN the second edition saves it
+        second.SAVEDATA();
+        // THEN the first edition's answers stay
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',ChAdd,'/',OldWard,'/',NOB,'/',Ac44ABC,'/',Dt44ABC,'/',DtRel2)")),
+                 QStringLiteral("NEW WARD/1/WARD 1/24/1/01/01/2007/1"));
+        QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("1/450"));
+        // WHEN the first edition saves it again
+        AddInfoRecord firstAgain = openRecord(AddInfoEdition::First);
+        firstAgain.values.oldWard = QStringLiteral("W9");
+        firstAgain.SAVEDATA();
+        // THEN the second edition's 115WJ(5) choice and its MiscInf row stay
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',OldWard,'/',Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("NEW WARD/W9/1/450"));
+        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+    }
+
+    void failuresAreLoggedUnderTheFormAndGoOn()
+    {
+        // GIVEN no connection in the context
+        modbase().CnnObj.reset();
+        AddInfoRecord r(AddInfoEdition::Second, QStringLiteral("frmaddinfo1"));
+        // WHEN loading and saving
+        QVERIFY(!r.READDATA(false));
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+        // THEN every failed statement is logged under the form and procedure
+        const QStringList contexts = test::logContexts();
+        QCOMPARE(contexts.count(QStringLiteral("frmaddinfo1\tREADDATA")), 2);
+        QCOMPARE(contexts.count(QStringLiteral("frmaddinfo1\tSAVEDATA")), 6);
+        modbase().CnnObj = db_->connection();
+    }
+};
+
+CORVANE_TEST_CLASS(AddInfoRecordTest)
+
+#include "addinforecordtest.moc"
