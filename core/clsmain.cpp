@@ -10,6 +10,7 @@
 #include "core/settings.h"
 #include "core/statelist.h"
 #include "core/qtprompter.h"
+#include "screens/addinfo/frmaddinfo.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -83,8 +84,17 @@ void ClsMain::SaveSettingINI(const QString& Section, const QString& Key, const Q
     corvane::SaveSettingINI(Section, Key, KeyVal, Fl);
 }
 
+void ClsMain::ShowAddInfo()
+{
+    auto guard = silentGuard();
+    // A fresh form each time: closing it releases it.
+    guard([] {
+        FrmAddInfo form;
+        form.exec();
+    });
+}
+
 // The screens arrive one by one; until a screen exists its member returns at once.
-void ClsMain::ShowAddInfo() {}
 void ClsMain::ShowAddInfo1() {}
 void ClsMain::ShowBankMas() {}
 void ClsMain::ShowClDet() {}

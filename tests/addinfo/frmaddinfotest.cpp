@@ -1,0 +1,310 @@
+#include "core/modbase.h"
+#include "core/objectregistry.h"
+#include "core/prompter.h"
+#include "screens/addinfo/frmaddinfo.h"
+#include "support/testdatabase.h"
+#include "support/testlog.h"
+#include "support/testmain.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QtTest>
+
+using namespace corvane;
+
+// The first edition of the additional information screen, driven offscreen.
+class FrmAddInfoTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+    std::shared_ptr<ScriptedPrompter> prompter_;
+
+    template <typename T = QWidget>
+    static T* find(QWidget& form, const QString& name)
+    {
+        T* w = form.findChild<T*>(name);
+        if (!w)
+            qFatal("no control %s", qPrintable(name));
+        return w;
+    }
+
+    QString column(const QString& name)
+    {
+        return db_->scalar(QStringLiteral("select ") + name + QStringLiteral(" from FBT_AddInfo where code_no='C001' and tyear=2007"));
+    }
+
+    static void showActive(QWidget& form)
+    {
+        form.show();
+        form.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+    }
+
+private slots:
+    void init()
+    {
+        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo"));
+        modbase().Code = QStringLiteral("C001");
+        modbase().TYear = 2007;
+        prompter_ = std::make_shared<ScriptedPrompter>();
+        modbase().prompter = prompter_;
+    }
+    void cleanup() { db_.reset(); }
+
+    void captionsAreTheSystemsOwn_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("separates books") << "Check1_8"
+                                         << "20.(b) If yes, are you maintaining separates books of account for Indian and Foreign operations?";
+        QTest::newRow("16") << "Check1_2" << "16. Are you liable to tax audit u/s 44AB(c) read with section 44AD/44AE/44AF";
+        QTest::newRow("18 follows 16") << "Check1_3" << "18. In the case of non-resident, is there a permanent establishment (PE) in India";
+        QTest::newRow("19 (ii)") << "Check1_5"
+                                 << "19. (ii) Have you claimed any double taxation relief in respect of a country with which no agreement exists";
+        QTest::newRow("third nature") << "chknob_2" << "Manufacturing cum Trading";
+        QTest::newRow("interest date") << "Check4" << "Calculate Interest Upto Date";
+        QTest::newRow("revised") << "Option1_3" << "Revised Return";
+        QTest::newRow("load") << "cmdloadpre" << "&Load from Previous Year";
+        QTest::newRow("bank") << "cmdbankdet" << "&Bank Details";
+        QTest::newRow("exit") << "cmdexit" << "Save && E&xit";
+    }
+
+    void captionsAreTheSystemsOwn()
+    {
+        QFETCH(QString, control);
+        QFETCH(QString, caption);
+        FrmAddInfo form;
+        QCOMPARE(find<QAbstractButton>(form, control)->text(), caption);
+        QCOMPARE(form.windowTitle(), QStringLiteral("Additional Information"));
+        auto* sections = find<QComboBox>(form, QStringLiteral("Combo1"));
+        QCOMPARE(sections->count(), 4);
+        QCOMPARE(sections->itemText(3), QStringLiteral("115WD(3)"));
+    }
+
+    void enablingChains_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<QStringList>("dependents");
+        QTest::newRow("revised return") << "Option1_3" << QStringList{"txtfields_2", "txtfields_3"};
+        QTest::newRow("44AB") << "Check1_1" << QStringList{"txtfields_4"};
+        QTest::newRow("44AB(c)") << "Check1_2" << QStringList{"txtfields_5"};
+        QTest::newRow("employees both") << "Check1_7" << QStringList{"Check1_8", "txtfields_7"};
+        QTest::newRow("115WJ") << "Check3" << QStringList{"txtfields_12"};
+        QTest::newRow("115WK") << "Check2" << QStringList{"txtfields_13"};
+        QTest::newRow("interest date") << "Check4" << QStringList{"txtfields_14"};
+    }
+
+    void enablingChains()
+    {
+        QFETCH(QString, control);
+        QFETCH(QStringList, dependents);
+        // GIVEN a year without a row: every dependent box starts disabled
+        FrmAddInfo form;
+        showActive(form);
+        for (const QString& d : dependents)
+            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+        // WHEN the control is clicked
+        auto* button = find<QAbstractButton>(form, control);
+        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(4, button->height() / 2));
+        // THEN its dependents are enabled, and disabled again by the opposite choice
+        for (const QString& d : dependents)
+            QVERIFY2(find(form, d)->isEnabled(), qPrintable(d));
+        if (control == QLatin1String("Option1_3"))
+            find<QRadioButton>(form, QStringLiteral("Option1_2"))->click();
+        else
+            button->click();
+        for (const QString& d : dependents)
+            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+    }
+
+    void enablingFollowsTheLoadedRow()
+    {
+        // GIVEN a revised return with 115WK and an interest date
+        db_->connection()->execute(QStringLiteral(
+            "insert into FBT_AddInfo values('C001',2007,'1','W','','3','1','R1','01/02/2007','24','0','0','','0','','0','0','0','0',"
+            "'1','0',5,9,'','','','','','','0',0,'1',250,'1',0,'todate')"));
+        // WHEN the form opens
+        FrmAddInfo form;
+        // THEN the boxes of the loaded answers are enabled and filled
+        QVERIFY(find(form, QStringLiteral("txtfields_2"))->isEnabled());
+        QVERIFY(find(form, QStringLiteral("txtfields_13"))->isEnabled());
+        QVERIFY(find(form, QStringLiteral("txtfields_14"))->isEnabled());
+        QVERIFY(find(form, QStringLiteral("txtfields_7"))->isEnabled());
+        QVERIFY(!find(form, QStringLiteral("txtfields_12"))->isEnabled());
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_13"))->text(), QStringLiteral("250"));
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_14"))->text(), QString());
+        QVERIFY(find<QCheckBox>(form, QStringLiteral("Check4"))->isChecked());
+        QVERIFY(find<QRadioButton>(form, QStringLiteral("Option1_1"))->isChecked());
+        QCOMPARE(find<QComboBox>(form, QStringLiteral("Combo1"))->currentText(), QStringLiteral("115WH"));
+        QVERIFY(find<QCheckBox>(form, QStringLiteral("chknob_1"))->isChecked());
+        QVERIFY(find<QCheckBox>(form, QStringLiteral("chknob_3"))->isChecked());
+        QVERIFY(!find<QCheckBox>(form, QStringLiteral("chknob_0"))->isChecked());
+        QCOMPARE(find(form, QStringLiteral("Frame1"))->property("Tag").toString(), QStringLiteral("1"));
+    }
+
+    void keyFilters_data()
+    {
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("ward in capitals") << "txtfields_0" << "ab" << "AB";
+        QTest::newRow("quote dropped in ward") << "txtfields_0" << "o'k" << "OK";
+        QTest::newRow("quote dropped in a count") << "txtfields_6" << "1'2" << "12";
+        QTest::newRow("quote dropped in a date") << "txtfields_4" << "1'2" << "12";
+        QTest::newRow("letters dropped in an amount") << "txtfields_12" << "abc" << "";
+        QTest::newRow("amount keeps digits and point") << "txtfields_12" << "12a.5-" << "12.5";
+        QTest::newRow("count keeps digits") << "txtfields_7" << "4x2" << "42";
+        QTest::newRow("AO number in capitals") << "txtfields_11" << "w-3" << "W-3";
+    }
+
+    void keyFilters()
+    {
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        // GIVEN an open form whose boxes are all enabled
+        FrmAddInfo form;
+        auto* edit = find<QLineEdit>(form, box);
+        edit->setEnabled(true);
+        // WHEN the text is typed
+        QTest::keyClicks(edit, typed);
+        // THEN the box shows what the rules let through
+        QCOMPARE(edit->text(), shown);
+    }
+
+    void enterMovesOnLikeTab()
+    {
+        FrmAddInfo form;
+        showActive(form);
+        auto* ward = find<QLineEdit>(form, QStringLiteral("txtfields_0"));
+        ward->setFocus();
+        QTest::keyClick(ward, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("txtfields_1")));
+        auto* nob = find(form, QStringLiteral("chknob_0"));
+        nob->setFocus();
+        QTest::keyClick(nob, Qt::Key_Enter);
+        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("chknob_1")));
+        QVERIFY(form.isVisible());
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 0);
+    }
+
+    void escapeWithoutNatureOfBusinessIsRefused()
+    {
+        // GIVEN an open form with a ward but no nature of business
+        FrmAddInfo form;
+        showActive(form);
+        auto* ward = find<QLineEdit>(form, QStringLiteral("txtfields_0"));
+        ward->setFocus();
+        QTest::keyClicks(ward, QStringLiteral("w1"));
+        // WHEN Escape is pressed
+        QTest::keyClick(ward, Qt::Key_Escape);
+        // THEN the refusal is shown, nothing is written and the form stays open on the first box
+        QCOMPARE(prompter_->texts(), QStringList{QStringLiteral("Please Select Nature of Business.")});
+        QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Information);
+        QVERIFY(form.isVisible());
+        QCOMPARE(form.result(), 0);
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 0);
+        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("chknob_0")));
+    }
+
+    void saveAndExitWritesTheRowByKeyboard()
+    {
+        // GIVEN a form filled in by keyboard
+        FrmAddInfo form;
+        showActive(form);
+        auto* ward = find<QLineEdit>(form, QStringLiteral("txtfields_0"));
+        ward->setFocus();
+        QTest::keyClicks(ward, QStringLiteral("ward 4"));
+        find<QCheckBox>(form, QStringLiteral("chknob_1"))->setChecked(true);
+        find<QCheckBox>(form, QStringLiteral("chknob_3"))->setChecked(true);
+        auto* revNo = find<QLineEdit>(form, QStringLiteral("txtfields_2"));
+        revNo->setText(QStringLiteral("SHOULD NOT BE KEPT"));
+        auto* wk = find<QCheckBox>(form, QStringLiteral("Check2"));
+        find<QLineEdit>(form, QStringLiteral("txtfields_13"))->setText(QStringLiteral("900"));
+        QVERIFY(!wk->isChecked());
+        auto* india = find<QLineEdit>(form, QStringLiteral("txtfields_6"));
+        india->setFocus();
+        QTest::keyClicks(india, QStringLiteral("35"));
+        QTest::keyClick(india, Qt::Key_Tab);
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_7"))->text(), QStringLiteral("35"));
+        // WHEN "Save & Exit" is pressed
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        // THEN the row is inserted and the form is closed
+        QCOMPARE(form.result(), int(QDialog::Accepted));
+        QVERIFY(!form.isVisible());
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',NOB,'/',RevRet,'/',RevRecNo,'/',Calc115WK,'/',Amt115WK,'/',IndiaEmp,'/',TotalEmp)")),
+                 QStringLiteral("WARD 4/24/0//0/0/35/35"));
+        QVERIFY(prompter_->texts().isEmpty());
+    }
+
+    void untickingEmployeesBothCopiesTheIndiaCount()
+    {
+        FrmAddInfo form;
+        auto* both = find<QCheckBox>(form, QStringLiteral("Check1_7"));
+        both->setChecked(true);
+        find<QLineEdit>(form, QStringLiteral("txtfields_6"))->setText(QStringLiteral("12"));
+        find<QLineEdit>(form, QStringLiteral("txtfields_7"))->setText(QStringLiteral("30"));
+        both->click();
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_7"))->text(), QStringLiteral("12"));
+        QVERIFY(!find(form, QStringLiteral("txtfields_7"))->isEnabled());
+    }
+
+    void loadFromPreviousYearFillsTheForm()
+    {
+        // GIVEN last year's row and no row this year
+        db_->connection()->execute(QStringLiteral(
+            "insert into FBT_AddInfo values('C001',2006,'0','OLD','','1','0','','','5','1','0','','0','','0','0','0','0',"
+            "'0','0',3,3,'','','','','','','1',100,'0',0,'1',0,'')"));
+        FrmAddInfo form;
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_0"))->text(), QString());
+        // WHEN last year is loaded and the form saved
+        find<QPushButton>(form, QStringLiteral("cmdloadpre"))->click();
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_0"))->text(), QStringLiteral("OLD"));
+        QVERIFY(find(form, QStringLiteral("txtfields_12"))->isEnabled());
+        QCOMPARE(find(form, QStringLiteral("Frame1"))->property("Tag").toString(), QString());
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        // THEN this year's row is inserted with last year's answers
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',NOB,'/',Calc115WJ,'/',Amt115WJ)")), QStringLiteral("OLD/5/1/100"));
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 2);
+    }
+
+    void aoLookupWithoutTheComponentChangesNothing()
+    {
+        // GIVEN no bank information component and typed AO boxes
+        ObjectRegistry::instance().unregisterClass(QStringLiteral("ORVMiscInf.ClsMain"));
+        FrmAddInfo form;
+        find<QLineEdit>(form, QStringLiteral("txtfields_8"))->setText(QStringLiteral("MUM"));
+        // WHEN the lookup is pressed
+        find<QPushButton>(form, QStringLiteral("cmdao"))->click();
+        // THEN the failure is logged under the button and the boxes stay
+        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_8"))->text(), QStringLiteral("MUM"));
+        QVERIFY(test::logContexts().contains(QStringLiteral("frmaddinfo\tCMDAO_CLICK")));
+        QVERIFY(prompter_->texts().isEmpty());
+    }
+
+    void frameStaysCentredOnResize_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("roomy") << QSize(1600, 1200);
+        QTest::newRow("wide") << QSize(2000, 1000);
+    }
+
+    void frameStaysCentredOnResize()
+    {
+        QFETCH(QSize, size);
+        FrmAddInfo form;
+        form.show();
+        form.resize(size);
+        QWidget* frame = find(form, QStringLiteral("Frame1"));
+        QCOMPARE(frame->x(), (form.width() - frame->width()) / 2);
+        QCOMPARE(frame->y(), (form.height() - frame->height() - 48) / 2);
+        QVERIFY(find(form, QStringLiteral("cmdexit"))->mapTo(&form, QPoint()).y() > frame->geometry().bottom());
+    }
+};
+
+CORVANE_TEST_CLASS(FrmAddInfoTest)
+
+#include "frmaddinfotest.moc"
