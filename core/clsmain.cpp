@@ -11,6 +11,7 @@
 #include "core/statelist.h"
 #include "core/qtprompter.h"
 #include "screens/addinfo/frmaddinfo.h"
+#include "screens/addinfo/frmaddinfo1.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -94,8 +95,16 @@ void ClsMain::ShowAddInfo()
     });
 }
 
+void ClsMain::ShowAddInfo1()
+{
+    auto guard = silentGuard();
+    guard([] {
+        FrmAddInfo1 form;
+        form.exec();
+    });
+}
+
 // The screens arrive one by one; until a screen exists its member returns at once.
-void ClsMain::ShowAddInfo1() {}
 void ClsMain::ShowBankMas() {}
 void ClsMain::ShowClDet() {}
 void ClsMain::ShowReturn() {}

@@ -5,12 +5,9 @@
 #include "core/prompter.h"
 #include "core/resumenext.h"
 #include "core/screenscaling.h"
-#include "screens/addinfo/aolookup.h"
-#include "screens/addinfo/bankdetails.h"
 #include "screens/addinfo/keyrules.h"
 #include "ui_frmaddinfo.h"
 
-#include <QResizeEvent>
 
 namespace corvane {
 
@@ -22,16 +19,13 @@ const QString kForm = QStringLiteral("frmaddinfo");
 constexpr int kDateBoxes[] = {3, 4, 5, 14};
 constexpr int kDigitBoxes[] = {6, 7, 12, 13};
 
-// Room kept below the frame for the buttons (720 twips).
-constexpr int kButtonRoom = 48;
-
 } // namespace
 
 FrmAddInfo::FrmAddInfo(QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::frmaddinfo>()), record_(AddInfoEdition::First, kForm)
+    : AddInfoDialog(AddInfoEdition::First, kForm, parent), ui(std::make_unique<Ui::frmaddinfo>())
 {
     ui->setupUi(this);
-    setObjectName(kForm);
+    setUpShared(ui->Frame1, ui->ButtonBar);
     txtfields = {ui->txtfields_0, ui->txtfields_1, ui->txtfields_2, ui->txtfields_3, ui->txtfields_4,
                  ui->txtfields_5, ui->txtfields_6, ui->txtfields_7, ui->txtfields_8, ui->txtfields_9,
                  ui->txtfields_10, ui->txtfields_11, ui->txtfields_12, ui->txtfields_13, ui->txtfields_14};
@@ -49,13 +43,6 @@ FrmAddInfo::FrmAddInfo(QWidget* parent)
     connect(ui->Check2, &QCheckBox::toggled, this, &FrmAddInfo::Check2_Click);
     connect(ui->Check3, &QCheckBox::toggled, this, &FrmAddInfo::Check3_Click);
     connect(ui->Check4, &QCheckBox::toggled, this, &FrmAddInfo::Check4_Click);
-    connect(ui->cmdloadpre, &QPushButton::clicked, this, &FrmAddInfo::cmdloadpre_Click);
-    connect(ui->cmdexit, &QPushButton::clicked, this, &FrmAddInfo::cmdexit_Click);
-    connect(ui->cmdbankdet, &QPushButton::clicked, this, &FrmAddInfo::cmdbankdet_Click);
-    connect(ui->cmdao, &QPushButton::clicked, this, &FrmAddInfo::cmdao_Click);
-
-    keys_ = new KeyRules(this, [this] { Form_KeyPress(27); });
-    keys_->watchAll();
     for (int i = 0; i < txtfields.size(); ++i) {
         const bool digits = std::find(std::begin(kDigitBoxes), std::end(kDigitBoxes), i) != std::end(kDigitBoxes);
         keys_->textBox(txtfields[i], digits ? KeyRules::Box::Digits : KeyRules::Box::Capitals,
@@ -249,69 +236,12 @@ void FrmAddInfo::txtfields_LostFocus(int index)
     });
 }
 
-void FrmAddInfo::cmdloadpre_Click()
+void FrmAddInfo::showAoCode(const std::array<QString, 4>& ao)
 {
-    ResumeNext guard(kForm, QStringLiteral("CMDLOADPRE_CLICK"));
-    guard([&] { READDATA(true); });
-}
-
-void FrmAddInfo::cmdexit_Click()
-{
-    Form_KeyPress(27);
-}
-
-void FrmAddInfo::cmdbankdet_Click()
-{
-    ResumeNext guard(kForm, QStringLiteral("CMDBANKDET_CLICK"));
-    guard([&] { ShowBankDetails(this); });
-}
-
-void FrmAddInfo::cmdao_Click()
-{
-    const auto ao = LookupAoCode(kForm);
-    if (!ao)
-        return;
-    ui->txtfields_8->setText((*ao)[0]);
-    ui->txtfields_9->setText((*ao)[1]);
-    ui->txtfields_10->setText((*ao)[2]);
-    ui->txtfields_11->setText((*ao)[3]);
-}
-
-void FrmAddInfo::Form_KeyPress(int keyAscii)
-{
-    ResumeNext guard(kForm, QStringLiteral("FORM_KEYPRESS"));
-    guard([&] {
-        if (keyAscii == 27 && SAVEDATA())
-            accept();
-    });
-}
-
-void FrmAddInfo::showEvent(QShowEvent* event)
-{
-    QDialog::showEvent(event);
-    Form_Resize();
-}
-
-void FrmAddInfo::resizeEvent(QResizeEvent* event)
-{
-    QDialog::resizeEvent(event);
-    Form_Resize();
-}
-
-// The frame is centred in the form, with room for the buttons below it.
-void FrmAddInfo::Form_Resize()
-{
-    ResumeNext guard(kForm, QStringLiteral("FORM_RESIZE"));
-    guard([&] {
-        QWidget* frame = ui->Frame1;
-        QWidget* bar = ui->ButtonBar;
-        frame->resize(frame->sizeHint().expandedTo(frame->minimumSizeHint()));
-        const int room = qRound(kButtonRoom * modbase().vScreenRatY);
-        frame->move((width() - frame->width()) / 2, (height() - frame->height() - room) / 2);
-        bar->resize(frame->width(), bar->sizeHint().height());
-        bar->move(frame->x(), frame->geometry().bottom() + 1 + (room - bar->height()) / 2);
-        setMinimumSize(frame->width(), frame->height() + room);
-    });
+    ui->txtfields_8->setText(ao[0]);
+    ui->txtfields_9->setText(ao[1]);
+    ui->txtfields_10->setText(ao[2]);
+    ui->txtfields_11->setText(ao[3]);
 }
 
 } // namespace corvane

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "screens/addinfo/addinforecord.h"
+#include "screens/addinfo/addinfodialog.h"
 
-#include <QDialog>
 #include <QList>
 #include <memory>
 
@@ -16,17 +15,13 @@ class frmaddinfo;
 
 namespace corvane {
 
-class KeyRules;
-
 // "Additional Information": the client's answers for the year (FBT_AddInfo).
-class FrmAddInfo : public QDialog {
+class FrmAddInfo : public AddInfoDialog {
     Q_OBJECT
 
 public:
     explicit FrmAddInfo(QWidget* parent = nullptr);
     ~FrmAddInfo() override;
-
-    AddInfoRecord& record() { return record_; }
 
     // The control arrays, in index order.
     QList<QLineEdit*> txtfields;
@@ -41,28 +36,18 @@ public slots:
     void Check3_Click();
     void Check4_Click();
     void txtfields_LostFocus(int index);
-    void cmdloadpre_Click();
-    void cmdexit_Click();
-    void cmdbankdet_Click();
-    void cmdao_Click();
-    // Escape saves and closes.
-    void Form_KeyPress(int keyAscii);
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+    void READDATA(bool fromPrevious) override;
+    bool SAVEDATA() override;
+    void showAoCode(const std::array<QString, 4>& ao) override;
 
 private:
     void Form_Load();
-    void Form_Resize();
-    void READDATA(bool fromPrevious);
-    bool SAVEDATA();
     void showValues();
     void takeValues();
 
     std::unique_ptr<Ui::frmaddinfo> ui;
-    AddInfoRecord record_;
-    KeyRules* keys_ = nullptr;
 };
 
 } // namespace corvane

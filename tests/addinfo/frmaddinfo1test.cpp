@@ -1,0 +1,291 @@
+#include "core/modbase.h"
+#include "core/prompter.h"
+#include "screens/addinfo/frmaddinfo1.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QtTest>
+
+using namespace corvane;
+
+// The second edition of the additional information screen, driven offscreen.
+class FrmAddInfo1Test : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+    std::shared_ptr<ScriptedPrompter> prompter_;
+
+    template <typename T = QWidget>
+    static T* find(QWidget& form, const QString& name)
+    {
+        T* w = form.findChild<T*>(name);
+        if (!w)
+            qFatal("no control %s", qPrintable(name));
+        return w;
+    }
+    static QLineEdit* box(QWidget& form, const char* name) { return find<QLineEdit>(form, QString::fromLatin1(name)); }
+
+    QString column(const QString& name, const QString& table = QStringLiteral("FBT_AddInfo"))
+    {
+        return db_->scalar(QStringLiteral("select ") + name + QStringLiteral(" from ") + table
+                           + QStringLiteral(" where code_no='C001' and tyear=") + QString::number(modbase().TYear));
+    }
+
+    static void showActive(QWidget& form)
+    {
+        form.show();
+        form.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+    }
+
+private slots:
+    void init()
+    {
+        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo1"));
+        modbase().Code = QStringLiteral("C001");
+        modbase().TYear = 2008;
+        prompter_ = std::make_shared<ScriptedPrompter>();
+        modbase().prompter = prompter_;
+    }
+    void cleanup() { db_.reset(); }
+
+    void pagesSwitchWithTheirColours()
+    {
+        // GIVEN a fresh form on its first page
+        FrmAddInfo1 form;
+        showActive(form);
+        QCOMPARE(form.currentPage(), 0);
+        const QColor shown(0xC0, 0xFF, 0xFF);  // FFFFC0 blue-green-red
+        const QColor hidden(0xFF, 0xC0, 0x80); // 80C0FF blue-green-red
+        QCOMPARE(form.cmddetail[0]->palette().color(QPalette::Button), shown);
+        for (int page : {1, 2, 0}) {
+            // WHEN another page's button is pressed
+            QTest::mouseClick(form.cmddetail[page], Qt::LeftButton);
+            // THEN only that page shows, and only its button has the "shown" colour
+            QCOMPARE(form.currentPage(), page);
+            for (int i = 0; i < 3; ++i) {
+                QCOMPARE(form.famdetail[i]->isVisible(), i == page);
+                QCOMPARE(form.cmddetail[i]->palette().color(QPalette::Button), i == page ? shown : hidden);
+            }
+        }
+        QCOMPARE(form.cmddetail[0]->text(), QStringLiteral("Representative Details"));
+        QCOMPARE(form.cmddetail[1]->text(), QStringLiteral("Audit Information"));
+        QCOMPARE(form.cmddetail[2]->text(), QStringLiteral("Misc. Information"));
+    }
+
+    void switchingPagesKeepsTypedValues()
+    {
+        // GIVEN values typed on each page
+        FrmAddInfo1 form;
+        showActive(form);
+        find<QCheckBox>(form, QStringLiteral("chk0"))->click();
+        QTest::keyClicks(box(form, "txt0_0"), QStringLiteral("ravi kumar"));
+        QTest::keyClicks(box(form, "txt0_8"), QStringLiteral("400a001"));
+        form.cmddetail[1]->click();
+        QTest::keyClicks(box(form, "txt1_0"), QStringLiteral("shah & co"));
+        find<QCheckBox>(form, QStringLiteral("chk1_1"))->click();
+        form.cmddetail[2]->click();
+        QTest::keyClicks(box(form, "txt2_1"), QStringLiteral("ward 9"));
+        find<QComboBox>(form, QStringLiteral("cbosection"))->setCurrentIndex(1);
+        // WHEN going back and forth and saving with Escape
+        form.cmddetail[0]->click();
+        QCOMPARE(box(form, "txt0_0")->text(), QStringLiteral("RAVI KUMAR"));
+        form.cmddetail[1]->click();
+        QCOMPARE(box(form, "txt1_0")->text(), QStringLiteral("SHAH & CO"));
+        QTest::keyClick(box(form, "txt1_0"), Qt::Key_Escape);
+        // THEN both tables hold every page's values and the form is closed
+        QCOMPARE(form.result(), int(QDialog::Accepted));
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',Section)")), QStringLiteral("WARD 9/2"));
+        QCOMPARE(column(QStringLiteral("concat(RepAss,'/',Var0_0,'/',Var0_8,'/',Opt44AB,'/',Var1_0)"), QStringLiteral("FBT_MiscInf")),
+                 QStringLiteral("1/RAVI KUMAR/400001/1/SHAH & CO"));
+        QVERIFY(prompter_->texts().isEmpty());
+    }
+
+    void interest115WJ5ShowsFrom2008_data()
+    {
+        QTest::addColumn<int>("year");
+        QTest::addColumn<bool>("visible");
+        QTest::newRow("2007") << 2007 << false;
+        QTest::newRow("2008") << 2008 << true;
+        QTest::newRow("2009") << 2009 << true;
+    }
+
+    void interest115WJ5ShowsFrom2008()
+    {
+        QFETCH(int, year);
+        QFETCH(bool, visible);
+        // GIVEN the year
+        modbase().TYear = qint16(year);
+        FrmAddInfo1 form;
+        showActive(form);
+        form.cmddetail[2]->click();
+        // THEN 115WJ(5) and its amount show only from 2008
+        QCOMPARE(find(form, QStringLiteral("chk2_5"))->isVisible(), visible);
+        QCOMPARE(box(form, "txt2_11")->isVisible(), visible);
+        QCOMPARE(find<QCheckBox>(form, QStringLiteral("chk2_4"))->text(), QStringLiteral("115WJ(3)"));
+        // AND a save still writes the pair ('0' and 0 when unticked)
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("0/0"));
+    }
+
+    void enablingChains_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<QStringList>("dependents");
+        QTest::newRow("representative") << "chk0"
+                                        << QStringList{"txt0_0", "txt0_1", "txt0_2", "txt0_3", "txt0_4", "txt0_5", "txt0_6",
+                                                       "cbost0", "txt0_8"};
+        QTest::newRow("revised") << "Opt2_1" << QStringList{"txt2_2", "txt2_3"};
+        QTest::newRow("change of name") << "chk2_0" << QStringList{"txt2_0"};
+        QTest::newRow("employees both") << "chk2_2" << QStringList{"chk2_3", "txt2_5"};
+        QTest::newRow("115WJ(3)") << "chk2_4" << QStringList{"txt2_10"};
+        QTest::newRow("115WJ(5)") << "chk2_5" << QStringList{"txt2_11"};
+        QTest::newRow("115WK") << "chk2_6" << QStringList{"txt2_12"};
+        QTest::newRow("interest date") << "chk2_7" << QStringList{"txt2_13"};
+    }
+
+    void enablingChains()
+    {
+        QFETCH(QString, control);
+        QFETCH(QStringList, dependents);
+        // GIVEN a year without rows: the dependents start disabled
+        FrmAddInfo1 form;
+        for (const QString& d : dependents)
+            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+        // WHEN the control is chosen, THEN they are enabled; and disabled again by the opposite choice
+        find<QAbstractButton>(form, control)->click();
+        for (const QString& d : dependents)
+            QVERIFY2(find(form, d)->isEnabled(), qPrintable(d));
+        if (control == QLatin1String("Opt2_1"))
+            find<QRadioButton>(form, QStringLiteral("Opt2_0"))->click();
+        else
+            find<QAbstractButton>(form, control)->click();
+        for (const QString& d : dependents)
+            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+    }
+
+    void untickedRepresentativeKeepsAndSavesItsText()
+    {
+        FrmAddInfo1 form;
+        auto* rep = find<QCheckBox>(form, QStringLiteral("chk0"));
+        rep->click();
+        box(form, "txt0_0")->setText(QStringLiteral("KEPT NAME"));
+        rep->click();
+        QVERIFY(!box(form, "txt0_0")->isEnabled());
+        QCOMPARE(box(form, "txt0_0")->text(), QStringLiteral("KEPT NAME"));
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        QCOMPARE(column(QStringLiteral("concat(RepAss,'/',Var0_0)"), QStringLiteral("FBT_MiscInf")), QStringLiteral("0/KEPT NAME"));
+    }
+
+    void invalidPanKeepsTheFocus_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("panBox");
+        QTest::addColumn<QString>("nextBox");
+        QTest::newRow("representative") << 0 << "txt0_1" << "txt0_2";
+        QTest::newRow("auditor's firm") << 1 << "txt1_3" << "txt1_4";
+    }
+
+    void invalidPanKeepsTheFocus()
+    {
+        QFETCH(int, page);
+        QFETCH(QString, panBox);
+        QFETCH(QString, nextBox);
+        // GIVEN an invalid PAN typed into the box
+        FrmAddInfo1 form;
+        showActive(form);
+        find<QCheckBox>(form, QStringLiteral("chk0"))->setChecked(true);
+        form.cmddetail[page]->click();
+        auto* pan = find<QLineEdit>(form, panBox);
+        pan->setFocus();
+        QTest::keyClicks(pan, QStringLiteral("abcd1234"));
+        // WHEN the user leaves it with Enter
+        QTest::keyClick(pan, Qt::Key_Return);
+        // THEN the refusal is shown and the focus is back in the box, the text as typed
+        QCOMPARE(prompter_->texts(), QStringList{QStringLiteral("PAN No is not Valid.")});
+        QCOMPARE(QApplication::focusWidget(), pan);
+        QCOMPARE(pan->text(), QStringLiteral("ABCD1234"));
+        QVERIFY(find(form, nextBox)->isEnabled());
+    }
+
+    void keyFilters_data()
+    {
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("115WK amount takes any key") << "txt2_12" << "12ab" << "12AB";
+        QTest::newRow("115WJ(5) amount takes digits") << "txt2_11" << "12ab.5" << "12.5";
+        QTest::newRow("pin code digits") << "txt0_8" << "40x0'01" << "40001";
+        QTest::newRow("auditor pin digits") << "txt1_10" << "5a6" << "56";
+        QTest::newRow("employee count digits") << "txt2_4" << "1o0" << "10";
+        QTest::newRow("old name capitals") << "txt2_0" << "abc d'souza" << "ABC DSOUZA";
+        QTest::newRow("membership capitals") << "txt1_1" << "m-12" << "M-12";
+    }
+
+    void keyFilters()
+    {
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        FrmAddInfo1 form;
+        auto* edit = find<QLineEdit>(form, box);
+        edit->setEnabled(true);
+        QTest::keyClicks(edit, typed);
+        QCOMPARE(edit->text(), shown);
+    }
+
+    void enterMovesOnFromListsAndBoxes()
+    {
+        FrmAddInfo1 form;
+        showActive(form);
+        form.cmddetail[2]->click();
+        auto* section = find(form, QStringLiteral("cbosection"));
+        section->setFocus();
+        QTest::keyClick(section, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("Opt2_0")));
+        auto* peIndia = find(form, QStringLiteral("chk2_1"));
+        peIndia->setFocus();
+        QTest::keyClick(peIndia, Qt::Key_Enter);
+        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("chk2_2")));
+        QVERIFY(form.isVisible());
+    }
+
+    void loadsBothRowsAndSavesBothTables()
+    {
+        // GIVEN rows of the second edition for the year
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("insert into FBT_AddInfo values('C001',2008,'1','W7','OLD','2','1','R9','02/03/2008','3','1','1',"
+                                 "'01/01/2008','0','','1','0','0','0','0','0',4,4,'05/05/2008','ACK','A','B','C','D','1',10,'0',0,"
+                                 "'1',20,'')"));
+        c.execute(QStringLiteral("insert into FBT_MiscInf values('C001',2008,'1','REP','','','','','','','GOA','','0','1',"
+                                 "'AUD','','','','','','','','','KERALA','','','1','OLD NAME')"));
+        FrmAddInfo1 form;
+        // THEN the pages show them
+        QVERIFY(find<QCheckBox>(form, QStringLiteral("chk0"))->isChecked());
+        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbost0"))->currentText(), QStringLiteral("GOA"));
+        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbost1"))->currentText(), QStringLiteral("KERALA"));
+        QCOMPARE(box(form, "txt2_0")->text(), QStringLiteral("OLD NAME"));
+        QVERIFY(box(form, "txt2_0")->isEnabled());
+        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbosection"))->currentText(), QStringLiteral("22 - Voluntarily after the due date"));
+        QVERIFY(find<QRadioButton>(form, QStringLiteral("Opt2_1"))->isChecked());
+        QVERIFY(box(form, "txt2_11")->isEnabled());
+        QCOMPARE(box(form, "txt2_11")->text(), QStringLiteral("20"));
+        // WHEN saved unchanged
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        // THEN the first edition's answers and the filing stay, and FBT_MiscInf is written again
+        QCOMPARE(column(QStringLiteral("concat(ChAdd,'/',OldWard,'/',NOB,'/',Ac44AB,'/',RetDt,'/',Amt115WJ5)")),
+                 QStringLiteral("1/OLD/3/1/05/05/2008/20"));
+        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+        QCOMPARE(column(QStringLiteral("concat(Var0_7,'/',Var1_9,'/',Var2_1)"), QStringLiteral("FBT_MiscInf")),
+                 QStringLiteral("GOA/KERALA/OLD NAME"));
+    }
+};
+
+CORVANE_TEST_CLASS(FrmAddInfo1Test)
+
+#include "frmaddinfo1test.moc"
