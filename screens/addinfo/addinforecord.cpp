@@ -4,6 +4,7 @@
 #include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/recordset.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 
 #include <charconv>
@@ -14,6 +15,7 @@ namespace corvane {
 namespace {
 
 constexpr int kSections = 4;
+constexpr int kNoLimit = 32767; // a line edit's own limit
 
 Connection& connection()
 {
@@ -120,6 +122,26 @@ QString AddInfoRecord::numberText(double value)
     if (result.ec != std::errc())
         return QStringLiteral("0");
     return QString::fromLatin1(buffer, int(result.ptr - buffer));
+}
+
+int AddInfoRecord::boxLength(const QString& table, const QString& column)
+{
+    const schema::Table* t = schema::find(table);
+    if (!t)
+        return kNoLimit;
+    for (const schema::Column& c : t->columns) {
+        if (c.name.compare(column, Qt::CaseInsensitive) != 0)
+            continue;
+        const QString type = c.type.toUpper();
+        if (type.startsWith(QLatin1String("VARCHAR(")))
+            return type.mid(8).chopped(1).toInt();
+        if (type == QLatin1String("INT"))
+            return 9;
+        if (type == QLatin1String("DOUBLE"))
+            return 15;
+        return kNoLimit;
+    }
+    return kNoLimit;
 }
 
 QString AddInfoRecord::nobText() const

@@ -104,6 +104,8 @@ public:
     static double numericValue(const QString& text);
     // A number in its shortest decimal form ("1500", "12.5").
     static QString numberText(double value);
+    // How many characters a box may take so that its column can store it.
+    static int boxLength(const QString& table, const QString& column);
 
 private:
     QString keyTail() const;

@@ -18,6 +18,9 @@ const QString kForm = QStringLiteral("frmaddinfo");
 // The form's date boxes and its count and amount boxes.
 constexpr int kDateBoxes[] = {3, 4, 5, 14};
 constexpr int kDigitBoxes[] = {6, 7, 12, 13};
+// The column each box is written to, by index.
+const char* const kColumns[] = {"Ward", "OldWard", "RevRecNo", "RevRecDt", "Dt44AB", "Dt44ABC", "IndiaEmp", "TotalEmp",
+                                "AreaCd", "AoTyp", "AoRng", "AoNo", "Amt115WJ", "Amt115WK", "IntDt"};
 
 } // namespace
 
@@ -47,6 +50,7 @@ FrmAddInfo::FrmAddInfo(QWidget* parent)
         const bool digits = std::find(std::begin(kDigitBoxes), std::end(kDigitBoxes), i) != std::end(kDigitBoxes);
         keys_->textBox(txtfields[i], digits ? KeyRules::Box::Digits : KeyRules::Box::Capitals,
                        [this, i] { txtfields_LostFocus(i); });
+        txtfields[i]->setMaxLength(AddInfoRecord::boxLength(QStringLiteral("FBT_AddInfo"), QString::fromLatin1(kColumns[i])));
     }
     for (QCheckBox* box : chknob)
         keys_->enterAsTab(box);

@@ -53,6 +53,18 @@ void fillStates(QComboBox* list)
     });
 }
 
+// The table and column each txt2 box is written to, by index.
+const char* const kPage2Columns[] = {"FBT_MiscInf.Var2_1", "FBT_AddInfo.Ward", "FBT_AddInfo.RevRecNo", "FBT_AddInfo.RevRecDt",
+                                     "FBT_AddInfo.IndiaEmp", "FBT_AddInfo.TotalEmp", "FBT_AddInfo.AreaCd", "FBT_AddInfo.AoTyp",
+                                     "FBT_AddInfo.AoRng", "FBT_AddInfo.AoNo", "FBT_AddInfo.Amt115WJ", "FBT_AddInfo.Amt115WJ5",
+                                     "FBT_AddInfo.Amt115WK", "FBT_AddInfo.IntDt"};
+
+void limitLength(QLineEdit* box, const QString& tableDotColumn)
+{
+    box->setMaxLength(AddInfoRecord::boxLength(tableDotColumn.section(QLatin1Char('.'), 0, 0),
+                                               tableDotColumn.section(QLatin1Char('.'), 1)));
+}
+
 } // namespace
 
 FrmAddInfo1::FrmAddInfo1(QWidget* parent)
@@ -98,6 +110,15 @@ FrmAddInfo1::FrmAddInfo1(QWidget* parent)
             keys_->textBox(txt1[i], kind(txt1[i]), [this, i] { txt1_LostFocus(i); });
     for (int i = 0; i < txt2.size(); ++i)
         keys_->textBox(txt2[i], kind(txt2[i]), [this, i] { txt2_LostFocus(i); });
+    // No box takes more than its column can store.
+    for (int i = 0; i < txt0.size(); ++i)
+        if (txt0[i])
+            limitLength(txt0[i], QStringLiteral("FBT_MiscInf.Var0_%1").arg(i));
+    for (int i = 0; i < txt1.size(); ++i)
+        if (txt1[i])
+            limitLength(txt1[i], QStringLiteral("FBT_MiscInf.Var1_%1").arg(i));
+    for (int i = 0; i < txt2.size(); ++i)
+        limitLength(txt2[i], QString::fromLatin1(kPage2Columns[i]));
     for (QWidget* w : std::initializer_list<QWidget*>{ui->chk0, ui->cbosection, ui->cbost0, ui->cbost1})
         keys_->enterAsTab(w);
     for (QWidget* w : chk1)

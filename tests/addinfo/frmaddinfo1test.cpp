@@ -2,6 +2,7 @@
 #include "core/prompter.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "support/testdatabase.h"
+#include "support/testlog.h"
 #include "support/testmain.h"
 
 #include <QCheckBox>
@@ -237,6 +238,25 @@ private slots:
         edit->setEnabled(true);
         QTest::keyClicks(edit, typed);
         QCOMPARE(edit->text(), shown);
+    }
+
+    void everyBoxFitsItsColumn()
+    {
+        // GIVEN every box filled to its limit
+        FrmAddInfo1 form;
+        for (QLineEdit* edit : form.findChildren<QLineEdit*>()) {
+            if (qobject_cast<QComboBox*>(edit->parentWidget()))
+                continue;
+            QVERIFY2(edit->maxLength() >= 9 && edit->maxLength() <= 100, qPrintable(edit->objectName()));
+            edit->setText(QString(edit->maxLength(), QLatin1Char('9')));
+        }
+        find<QCheckBox>(form, QStringLiteral("chk2_4"))->setChecked(true);
+        // WHEN saved
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        // THEN both rows are written without a failure
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
+        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+        QVERIFY2(test::logLines().isEmpty(), qPrintable(test::logLines().join(QLatin1Char('\n'))));
     }
 
     void enterMovesOnFromListsAndBoxes()

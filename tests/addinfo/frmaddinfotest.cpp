@@ -175,6 +175,21 @@ private slots:
         QCOMPARE(edit->text(), shown);
     }
 
+    void longTextsAreCutToWhatTheirColumnsHold()
+    {
+        // GIVEN a ward longer than its column, a long AO code and a huge count typed in
+        FrmAddInfo form;
+        QTest::keyClicks(find<QLineEdit>(form, QStringLiteral("txtfields_0")), QString(70, QLatin1Char('w')));
+        QTest::keyClicks(find<QLineEdit>(form, QStringLiteral("txtfields_8")), QStringLiteral("abcdefghijkl"));
+        QTest::keyClicks(find<QLineEdit>(form, QStringLiteral("txtfields_6")), QStringLiteral("123456789012"));
+        find<QCheckBox>(form, QStringLiteral("chknob_5"))->setChecked(true);
+        // WHEN saved
+        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        // THEN the row is written with what the boxes took, and nothing failed
+        QCOMPARE(column(QStringLiteral("concat(length(Ward),'/',AreaCd,'/',IndiaEmp)")), QStringLiteral("60/ABCDEFGHIJ/123456789"));
+        QVERIFY(test::logLines().isEmpty());
+    }
+
     void enterMovesOnLikeTab()
     {
         FrmAddInfo form;
