@@ -34,6 +34,12 @@ void AddInfoDialog::setUpShared(QWidget* frame1, QWidget* buttonBar)
     keys_->watchAll();
 }
 
+void AddInfoDialog::releaseKeys()
+{
+    delete keys_;
+    keys_ = nullptr;
+}
+
 void AddInfoDialog::cmdloadpre_Click()
 {
     ResumeNext guard(record_.formName(), QStringLiteral("CMDLOADPRE_CLICK"));

@@ -32,6 +32,9 @@ protected:
     // Call once the controls exist: wires the shared buttons and the keyboard.
     void setUpShared(QWidget* frame1, QWidget* buttonBar);
 
+    // A closing form must not hear its boxes lose the focus: call first in the destructor.
+    void releaseKeys();
+
     virtual void READDATA(bool fromPrevious) = 0;
     // False when the save was refused and the form must stay open.
     virtual bool SAVEDATA() = 0;

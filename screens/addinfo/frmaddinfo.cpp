@@ -67,7 +67,10 @@ FrmAddInfo::FrmAddInfo(QWidget* parent)
     resize(minimumSize());
 }
 
-FrmAddInfo::~FrmAddInfo() = default;
+FrmAddInfo::~FrmAddInfo()
+{
+    releaseKeys();
+}
 
 void FrmAddInfo::Form_Load()
 {

@@ -133,7 +133,10 @@ FrmAddInfo1::FrmAddInfo1(QWidget* parent)
     resize(minimumSize());
 }
 
-FrmAddInfo1::~FrmAddInfo1() = default;
+FrmAddInfo1::~FrmAddInfo1()
+{
+    releaseKeys();
+}
 
 void FrmAddInfo1::Form_Load()
 {
