@@ -1,3 +1,4 @@
+#include "core/errorlog.h"
 #include "core/modbase.h"
 #include "screens/addinfo/addinforecord.h"
 #include "support/testdatabase.h"
@@ -83,11 +84,16 @@ class AddInfoRecordTest : public QObject {
 private slots:
     void init()
     {
-        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("addinfo"));
+        // One database per class; each test starts from empty tables and an empty log.
+        for (const char* table : {"FBT_AddInfo", "FBT_MiscInf", "FBT_Info"})
+            db_->connection()->execute(QStringLiteral("delete from ") + QLatin1String(table));
+        modbase().CnnObj = db_->connection();
+        QFile::remove(logFilePath());
         modbase().Code = kClient;
         modbase().TYear = kYear;
     }
-    void cleanup() { db_.reset(); }
+    void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("addinfo")); }
+    void cleanupTestCase() { db_.reset(); }
 
     void aYearWithoutARowInsertsACompleteRow()
     {

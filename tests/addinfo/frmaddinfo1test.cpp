@@ -1,3 +1,4 @@
+#include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "screens/addinfo/frmaddinfo1.h"
@@ -47,13 +48,18 @@ class FrmAddInfo1Test : public QObject {
 private slots:
     void init()
     {
-        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo1"));
+        // One database per class; each test starts from empty tables and an empty log.
+        for (const char* table : {"FBT_AddInfo", "FBT_MiscInf", "FBT_Info"})
+            db_->connection()->execute(QStringLiteral("delete from ") + QLatin1String(table));
+        modbase().CnnObj = db_->connection();
+        QFile::remove(logFilePath());
         modbase().Code = QStringLiteral("C001");
         modbase().TYear = 2008;
         prompter_ = std::make_shared<ScriptedPrompter>();
         modbase().prompter = prompter_;
     }
-    void cleanup() { db_.reset(); }
+    void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo1")); }
+    void cleanupTestCase() { db_.reset(); }
 
     void pagesSwitchWithTheirColours()
     {

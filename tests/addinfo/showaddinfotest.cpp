@@ -1,4 +1,5 @@
 #include "core/clsmain.h"
+#include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "support/testdatabase.h"
@@ -37,10 +38,15 @@ class ShowAddInfoTest : public QObject {
 private slots:
     void init()
     {
-        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("showaddinfo"));
+        // One database per class; each test starts from empty tables and an empty log.
+        for (const char* table : {"FBT_AddInfo", "FBT_MiscInf", "FBT_Info"})
+            db_->connection()->execute(QStringLiteral("delete from ") + QLatin1String(table));
+        modbase().CnnObj = db_->connection();
+        QFile::remove(logFilePath());
         modbase().prompter = std::make_shared<ScriptedPrompter>();
     }
-    void cleanup() { db_.reset(); }
+    void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("showaddinfo")); }
+    void cleanupTestCase() { db_.reset(); }
 
     void eachMemberOpensItsEdition_data()
     {
