@@ -171,6 +171,10 @@ void FrmAddInfo::showValues()
 
 bool FrmAddInfo::SAVEDATA()
 {
+    // Escape straight from a box counts as leaving it: a date typed there is normalised first.
+    const int focused = int(txtfields.indexOf(qobject_cast<QLineEdit*>(focusWidget())));
+    if (focused >= 0)
+        txtfields_LostFocus(focused);
     takeValues();
     if (record_.SAVEDATA() == AddInfoRecord::SaveResult::NoNatureOfBusiness) {
         prompter().inform(QStringLiteral("Please Select Nature of Business."));

@@ -255,6 +255,13 @@ void FrmAddInfo1::showValues()
 
 bool FrmAddInfo1::SAVEDATA()
 {
+    // Escape straight from a box counts as leaving it for the dates and the count; the
+    // PAN boxes are not checked here, as the form is closing.
+    auto* focused = qobject_cast<QLineEdit*>(focusWidget());
+    if (focused && txt2.contains(focused))
+        txt2_LostFocus(int(txt2.indexOf(focused)));
+    else if (focused == ui->txt1_11)
+        txt1_LostFocus(11);
     takeValues();
     record_.SAVEDATA();
     return true;
