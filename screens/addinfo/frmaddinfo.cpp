@@ -8,7 +8,6 @@
 #include "screens/addinfo/keyrules.h"
 #include "ui_frmaddinfo.h"
 
-
 namespace corvane {
 
 namespace {
