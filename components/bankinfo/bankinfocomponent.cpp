@@ -56,7 +56,8 @@ QStringList BankInfoComponent::choose(bankinfo::Kind kind, const QString& title,
             fetchGuard([&] { lookup = store.find(kind, text); });
             return lookup;
         };
-        LookupDialog dialog(title, emptyHint(kind), fetch, filter, QApplication::activeWindow());
+        QWidget* owner = QApplication::activeWindow();
+        LookupDialog dialog(title, emptyHint(kind), fetch, filter, owner);
         if (ratFS_ != 1.0f) {
             QFont font = dialog.font();
             font.setPointSizeF(font.pointSizeF() * ratFS_);
@@ -64,6 +65,9 @@ QStringList BankInfoComponent::choose(bankinfo::Kind kind, const QString& title,
         }
         if (dialog.exec() == QDialog::Accepted)
             chosen = dialog.chosen();
+        // Not every window manager gives the focus back to the caller's window.
+        if (owner)
+            owner->activateWindow();
     });
     return chosen;
 }

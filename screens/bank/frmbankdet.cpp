@@ -80,7 +80,6 @@ void frmbankdet::LOADGRID()
     ui->vsf1->setHorizontalHeaderLabels(BankAccounts::headings());
     accounts_.load(guard);
     fillGrid(0);
-    ui->vsf1->resizeColumnsToContents();
 }
 
 void frmbankdet::fillGrid(int selectRow)
@@ -92,6 +91,7 @@ void frmbankdet::fillGrid(int selectRow)
     for (int r = 0; r < accounts_.count(); ++r)
         for (int c = 0; c < BankAccounts::ColumnCount; ++c)
             grid->setItem(r, c, new QTableWidgetItem(accounts_.rows().at(r).value(c)));
+    grid->resizeColumnsToContents();
     if (accounts_.count() > 0) {
         const int row = qBound(0, selectRow, accounts_.count() - 1);
         grid->setCurrentCell(row, 0);
