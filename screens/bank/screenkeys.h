@@ -22,6 +22,8 @@ inline bool isQuote(const QKeyEvent* key)
 inline bool sendUpperCase(QObject* target, const QKeyEvent* key)
 {
     const QString text = key->text();
+    if (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
     if (text.size() != 1 || text.at(0) < QLatin1Char('a') || text.at(0) > QLatin1Char('z'))
         return false;
     QKeyEvent upper(key->type(), key->key(), key->modifiers(), text.toUpper(), key->isAutoRepeat(), key->count());

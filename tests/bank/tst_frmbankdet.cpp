@@ -125,6 +125,12 @@ private slots:
         QVERIFY(!form->editing());
         QVERIFY(!child<QGroupBox>(*form, "Frame2")->isEnabled());
         QCOMPARE(prompts->texts(), QStringList());
+        // WHEN the user moves down the grid with the keyboard
+        grid(*form)->setFocus();
+        QTest::keyClick(grid(*form), Qt::Key_Down);
+        // THEN the entry frame follows the selected row
+        QCOMPARE(form->txtfields().at(0)->text(), QStringLiteral("BANK 2"));
+        QVERIFY(!child<QCheckBox>(*form, "Check2")->isChecked());
     }
 
     void noAccountsInEitherYear()
