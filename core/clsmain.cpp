@@ -12,9 +12,11 @@
 #include "core/qtprompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "screens/bank/frmbankdet1.h"
 
 #include <QComboBox>
 #include <QListWidget>
+#include <QPointer>
 #include <mutex>
 
 namespace corvane {
@@ -104,8 +106,20 @@ void ClsMain::ShowAddInfo1()
     });
 }
 
+void ClsMain::ShowBankMas()
+{
+    // One instance while it is shown; it unloads when closed, so the next call loads it afresh.
+    static QPointer<frmbankdet1> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new frmbankdet1;
+        instance->exec();
+        delete instance;
+    });
+}
+
 // The screens arrive one by one; until a screen exists its member returns at once.
-void ClsMain::ShowBankMas() {}
 void ClsMain::ShowClDet() {}
 void ClsMain::ShowReturn() {}
 
