@@ -1,29 +1,14 @@
 #include "screens/addinfo/aolookup.h"
 
+#include "components/bankinfo/bankinfo.h"
 #include "core/modbase.h"
-#include "core/objectregistry.h"
 #include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/recordset.h"
 #include "db/sqltext.h"
+#include "screens/bank/bankinfocall.h"
 
 namespace corvane {
-
-namespace {
-
-const QString kBankInfoClass = QStringLiteral("ORVMiscInf.ClsMain");
-
-// InitMe and GetPANTANAoCode of the bank information component; the eight
-// elements come back in result.
-// wired once the bank screens exist
-void askBankInfo(const QString& city, std::array<QString, 8>& result)
-{
-    (void)city;
-    (void)result;
-    ObjectRegistry::instance().createComponent(kBankInfoClass);
-}
-
-} // namespace
 
 QString ClientCity()
 {
@@ -40,12 +25,16 @@ std::optional<std::array<QString, 4>> LookupAoCode(const QString& formName)
     ResumeNext guard(formName, QStringLiteral("CMDAO_CLICK"));
     QString city;
     guard([&] { city = ClientCity(); });
-    std::array<QString, 8> result;
-    if (!guard([&] { askBankInfo(city, result); }))
+    const std::shared_ptr<BankInfo> info = createBankInfo(guard);
+    if (!info)
         return std::nullopt;
-    if (result[0].isEmpty())
+    QStringList result(8);
+    if (!guard([&] { info->GetPANTANAoCode(city, true, result); }))
         return std::nullopt;
-    return std::array<QString, 4>{result[1], result[2], result[3], result[4]};
+    // An empty first element means no officer was chosen.
+    if (result.value(0).isEmpty())
+        return std::nullopt;
+    return std::array<QString, 4>{result.value(1), result.value(2), result.value(3), result.value(4)};
 }
 
 } // namespace corvane

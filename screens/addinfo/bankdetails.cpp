@@ -1,8 +1,13 @@
 #include "screens/addinfo/bankdetails.h"
 
+#include "screens/bank/frmbankdet.h"
+
 namespace corvane {
 
-// wired once the bank screens exist
-void ShowBankDetails(QWidget*) {}
+void ShowBankDetails(QWidget* owner)
+{
+    frmbankdet form(owner);
+    form.exec();
+}
 
 } // namespace corvane

@@ -1,6 +1,7 @@
 #include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
+#include "fakebankinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
@@ -263,6 +264,17 @@ private slots:
         QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
         QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
         QVERIFY2(test::logLines().isEmpty(), qPrintable(test::logLines().join(QLatin1Char('\n'))));
+    }
+
+    void aoLookupFillsThePageBoxes()
+    {
+        FakeBankInfo::install({"PUNE", "PNE", "C", "14", "3"});
+        FrmAddInfo1 form;
+        find<QPushButton>(form, QStringLiteral("cmdao"))->click();
+        FakeBankInfo::uninstall();
+        QCOMPARE(QStringList({box(form, "txt2_6")->text(), box(form, "txt2_7")->text(), box(form, "txt2_8")->text(),
+                              box(form, "txt2_9")->text()}),
+                 QStringList({"PNE", "C", "14", "3"}));
     }
 
     void enterMovesOnFromListsAndBoxes()

@@ -1,6 +1,7 @@
 #include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/objectregistry.h"
+#include "fakebankinfo.h"
 #include "core/prompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "support/testdatabase.h"
@@ -12,6 +13,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableWidget>
+#include <QTimer>
 #include <QtTest>
 
 using namespace corvane;
@@ -292,17 +295,71 @@ private slots:
         QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 2);
     }
 
-    void aoLookupWithoutTheComponentChangesNothing()
+    void aoLookup_data()
     {
-        // GIVEN no bank information component and typed AO boxes
-        ObjectRegistry::instance().unregisterClass(QStringLiteral("ORVMiscInf.ClsMain"));
+        QTest::addColumn<bool>("registered");
+        QTest::addColumn<QStringList>("answer");
+        QTest::addColumn<QStringList>("shown");
+        const QStringList typed{"MUM", "W", "1", "2"};
+        QTest::newRow("officer chosen") << true << QStringList{"PUNE", "PNE", "C", "14", "3", "WARD 1"}
+                                        << QStringList{"PNE", "C", "14", "3"};
+        QTest::newRow("nothing chosen") << true << QStringList{"", "PNE", "C", "14", "3"} << typed;
+        QTest::newRow("no component") << false << QStringList{} << typed;
+    }
+
+    void aoLookup()
+    {
+        QFETCH(bool, registered);
+        QFETCH(QStringList, answer);
+        QFETCH(QStringList, shown);
+        // GIVEN a client in Pune, typed AO boxes, and the component (or none)
+        db_->connection()->execute(QStringLiteral("insert into FBT_Info (Code_No, City) values ('C001', '  Pune ')"));
+        FakeBankInfo::Script& asked = FakeBankInfo::install(answer);
+        if (!registered)
+            ObjectRegistry::instance().unregisterClass(kBankInfoClass);
         FrmAddInfo form;
-        find<QLineEdit>(form, QStringLiteral("txtfields_8"))->setText(QStringLiteral("MUM"));
+        const QStringList boxes{"txtfields_8", "txtfields_9", "txtfields_10", "txtfields_11"};
+        for (int i = 0; i < 4; ++i)
+            find<QLineEdit>(form, boxes[i])->setText(QStringList{"MUM", "W", "1", "2"}[i]);
         // WHEN the lookup is pressed
         find<QPushButton>(form, QStringLiteral("cmdao"))->click();
-        // THEN the failure is logged under the button and the boxes stay
-        QCOMPARE(find<QLineEdit>(form, QStringLiteral("txtfields_8"))->text(), QStringLiteral("MUM"));
-        QVERIFY(test::logContexts().contains(QStringLiteral("frmaddinfo\tCMDAO_CLICK")));
+        FakeBankInfo::uninstall();
+        // THEN the boxes show the officer's code, or stay; the component was asked for the client's city
+        for (int i = 0; i < 4; ++i)
+            QCOMPARE(find<QLineEdit>(form, boxes[i])->text(), shown[i]);
+        QCOMPARE(test::logContexts().contains(QStringLiteral("frmaddinfo\tCMDAO_CLICK")), !registered);
+        if (registered) {
+            QCOMPARE(asked.city, QStringLiteral("Pune"));
+            QVERIFY(asked.filterByCity);
+            QCOMPARE(asked.resultSize, 8);
+            QCOMPARE(asked.logFile, QStringLiteral("FBTLogger.log"));
+            QCOMPARE(asked.appPath, modbase().AppPath);
+        }
+    }
+
+    void bankDetailsOpensTheClientsAccounts()
+    {
+        // GIVEN two accounts of the client's year and one of another year
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("delete from FBT_BankDet"));
+        c.execute(QStringLiteral("insert into FBT_BankDet values ('C001',2007,1,'SBI','FORT','','SAVINGS','1','N','Y'),"
+                                 "('C001',2007,2,'HDFC','PUNE','','CURRENT','2','N','N'),"
+                                 "('C001',2006,1,'UCO','OLD','','SAVINGS','3','N','Y')"));
+        FrmAddInfo form;
+        // WHEN "Bank Details" is pressed, THEN the accounts screen opens modally on them
+        QString seen;
+        int rows = -1;
+        QTimer::singleShot(0, [&] {
+            QWidget* accounts = QApplication::activeModalWidget();
+            if (!accounts)
+                return;
+            seen = accounts->objectName();
+            rows = accounts->findChild<QTableWidget*>(QStringLiteral("vsf1"))->rowCount();
+            accounts->findChild<QPushButton*>(QStringLiteral("cmdback"))->click();
+        });
+        find<QPushButton>(form, QStringLiteral("cmdbankdet"))->click();
+        QCOMPARE(seen, QStringLiteral("frmbankdet"));
+        QCOMPARE(rows, 2);
         QVERIFY(prompter_->texts().isEmpty());
     }
 
