@@ -14,7 +14,10 @@ int runDate(Invocation& inv)
     QString year = inv.year; // the caller's year variable; the conversion may change it
     const QString result = ConvertDate(text, format, year);
     inv.out << result << '\n' << year << Qt::endl;
-    return result.isEmpty() ? 1 : 0;
+    if (!result.isEmpty())
+        return 0;
+    inv.err << "corvane: \"" << text << "\" gives no date in " << format << " (day, month, year)" << Qt::endl;
+    return 1;
 }
 
 const CommandRegistration registration({

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStringDecoder>
+#include <algorithm>
+#include <map>
 #include <vector>
 
 namespace corvane::IniFile {
@@ -57,9 +59,31 @@ struct Entry {
     qsizetype lineEnd = 0;       // the end of the entry's last line, before its line break
 };
 
+// The text as the reader is given it: a line that opens a section without
+// closing it becomes a comment, as the platform ignores such a line (the
+// library would take it, and the lines after it, for a section of that name).
+// Offsets stay the same.
+QByteArray readable(const QByteArray& data)
+{
+    QByteArray text = data;
+    qsizetype lineStart = data.startsWith(kBom) ? kBom.size() : 0;
+    while (lineStart < text.size()) {
+        qsizetype lineEnd = lineStart;
+        while (lineEnd < text.size() && !isNewLine(text[lineEnd]))
+            ++lineEnd;
+        qsizetype first = lineStart;
+        while (first < lineEnd && (text[first] == ' ' || text[first] == '\t'))
+            ++first;
+        if (first < lineEnd && text[first] == '['
+            && std::find(text.cbegin() + first, text.cbegin() + lineEnd, ']') == text.cbegin() + lineEnd)
+            text[first] = ';';
+        lineStart = lineEnd + 1;
+    }
+    return text;
+}
+
 // The entries of INI text in file order, found by the reader's own rules
-// (a NUL ends the text; a '[' without ']' on its line makes the line unreadable,
-// and the blanks after a '[' may run over line breaks).
+// (a NUL ends the text).
 std::vector<Entry> tokenize(const QByteArray& text)
 {
     std::vector<Entry> entries;
@@ -159,7 +183,7 @@ QByteArray trimmedName(const QString& name)
 QString decode(const QByteArray& bytes)
 {
     // Files written on the original platform are in the ANSI code page.
-    QStringDecoder utf8(QStringDecoder::Utf8);
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = utf8(bytes);
     return utf8.hasError() ? QString::fromLatin1(bytes) : text;
 }
@@ -181,10 +205,56 @@ QByteArray readFile(const QString& file)
 
 } // namespace
 
+namespace {
+
+bool load(Ini& ini, const QByteArray& data)
+{
+    const QByteArray text = readable(data);
+    return ini.LoadData(text.constData(), size_t(text.size())) >= 0;
+}
+
+QByteArray lowered(const char* name)
+{
+    QByteArray s(name);
+    for (char& c : s)
+        c = lower(c);
+    return s;
+}
+
+// Every value of every key, by section and key without regard to case, in file order.
+using Snapshot = std::map<std::pair<QByteArray, QByteArray>, std::vector<QByteArray>>;
+
+Snapshot snapshot(const QByteArray& data)
+{
+    Snapshot all;
+    Ini ini(true, true, false);
+    if (!load(ini, data))
+        return all;
+    Ini::TNamesDepend sections;
+    ini.GetAllSections(sections);
+    for (const auto& section : sections) {
+        Ini::TNamesDepend keys;
+        ini.GetAllKeys(section.pItem, keys);
+        for (const auto& key : keys) {
+            auto& values = all[{lowered(section.pItem), lowered(key.pItem)}];
+            if (!values.empty())
+                continue; // a key named twice is listed twice
+            Ini::TNamesDepend found;
+            ini.GetAllValues(section.pItem, key.pItem, found);
+            found.sort(Ini::Entry::LoadOrder());
+            for (const auto& v : found)
+                values.emplace_back(v.pItem);
+        }
+    }
+    return all;
+}
+
+} // namespace
+
 std::optional<QByteArray> lookup(const QByteArray& data, const QByteArray& section, const QByteArray& key)
 {
     Ini ini(true, true, false);
-    if (ini.LoadData(data.constData(), size_t(data.size())) < 0)
+    if (!load(ini, data))
         return std::nullopt;
     Ini::TNamesDepend values;
     if (!ini.GetAllValues(section.constData(), key.constData(), values) || values.empty())
@@ -199,7 +269,7 @@ QByteArray edit(const QByteArray& data, const QByteArray& section, const QByteAr
         throw Failure(err::InvalidCall, kSource, QStringLiteral("The settings file holds binary data; it is left as it is"));
     const qsizetype base = data.startsWith(kBom) ? kBom.size() : 0;
     const QByteArray text = data.mid(base);
-    const std::vector<Entry> entries = tokenize(text);
+    const std::vector<Entry> entries = tokenize(readable(text));
 
     QByteArray result = data;
     const QByteArray lineBreak = lineBreakOf(data);
@@ -233,10 +303,16 @@ QByteArray edit(const QByteArray& data, const QByteArray& section, const QByteAr
         result += '[' + section + ']' + lineBreak + line + lineBreak;
     }
 
-    const auto stored = lookup(result, section, key);
-    if (!stored || *stored != trimmedBlanks(value))
+    // What a read sees afterwards must differ in this one value only.
+    Snapshot expected = snapshot(data);
+    auto& values = expected[{lowered(section.constData()), lowered(key.constData())}];
+    if (values.empty())
+        values.push_back(trimmedBlanks(value));
+    else
+        values.front() = trimmedBlanks(value);
+    if (snapshot(result) != expected)
         throw Failure(err::InvalidCall, kSource,
-                      QStringLiteral("[%1] %2 cannot be stored: the file ends in an unfinished section line")
+                      QStringLiteral("[%1] %2 cannot be stored without changing other settings of this file")
                           .arg(decode(section), decode(key)));
     return result;
 }

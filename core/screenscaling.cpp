@@ -19,7 +19,7 @@
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QScrollArea>
-#include <QSet>
+#include <QHash>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
@@ -95,11 +95,13 @@ void collectControls(QWidget* container, QList<QWidget*>& controls)
 
 class Scaler {
 public:
-    Scaler(const QList<QWidget*>& members, bool tabsSpecial)
-        : members_(members.begin(), members.end()), tabsSpecial_(tabsSpecial)
+    Scaler(const QList<QWidget*>& members, bool tabsSpecial) : tabsSpecial_(tabsSpecial)
     {
         const Modbase& m = modbase();
         ratios_ = {m.vScreenRatX, m.vScreenRatY, m.vScreenRatFS};
+        for (QWidget* w : members)
+            if (w)
+                fontSizes_.insert(w, fontSize(w->font()));
     }
 
     void scaleForm(QWidget* form, bool reposition)
@@ -159,11 +161,15 @@ private:
             w->resize(scaled(g.width(), ratios_.x), scaled(g.height(), ratios_.y));
     }
 
-    // A size inherited from a parent that is scaled as well grows with it.
+    static double fontSize(const QFont& font)
+    {
+        return font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize();
+    }
+
+    // A font that follows its parent's has grown with it already.
     void scaleFont(QWidget* w)
     {
-        const bool ownSize = w->font().resolveMask() & QFont::SizeResolved;
-        if (!ownSize && members_.contains(w->parentWidget()))
+        if (fontSize(w->font()) != fontSizes_.value(w))
             return;
         QFont font = w->font();
         if (font.pointSizeF() > 0)
@@ -207,7 +213,7 @@ private:
         scaleLimits(bar);
     }
 
-    QSet<QWidget*> members_;
+    QHash<QWidget*, double> fontSizes_; // before anything was scaled
     bool tabsSpecial_;
     Ratios ratios_;
 };
