@@ -151,7 +151,7 @@ QString formatDate(const QDate& date, const QString& format)
             if (n == 3)
                 n = 2; // "yy", then a "y" of its own
             if (n == 4)
-                out += QString::number(date.year());
+                out += QStringLiteral("%1").arg(date.year(), 4, 10, QLatin1Char('0'));
             else if (n == 2)
                 out += twoDigits(date.year() % 100);
             else

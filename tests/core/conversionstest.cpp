@@ -161,6 +161,7 @@ private slots:
         QTest::newRow("empty variable takes TYear") << "15/4/8" << f << "" << 2009 << "15/04/2008" << "2008";
         QTest::newRow("empty variable, no TYear: today") << "15/1/8" << f << "" << 0 << "15/01/2008" << "2010";
         QTest::newRow("short variable") << "5/1/8" << f << "9" << 0 << "05/01/1998" << "9";
+        QTest::newRow("three-digit year, four digits shown") << "5/5" << f << "555" << 0 << "05/05/0554" << "554";
         QTest::newRow("not a leap year") << "29/02/2009" << f << "2009" << 0 << "" << "2009";
         QTest::newRow("April has 30 days") << "31/04/08" << f << "2009" << 0 << "" << "2009";
         QTest::newRow("words") << "abc" << f << "2009" << 0 << "" << "2009";
