@@ -203,10 +203,6 @@ QByteArray readFile(const QString& file)
     return f.readAll();
 }
 
-} // namespace
-
-namespace {
-
 bool load(Ini& ini, const QByteArray& data)
 {
     const QByteArray text = readable(data);

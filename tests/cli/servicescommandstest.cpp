@@ -75,19 +75,14 @@ private slots:
 
         QTest::newRow("words") << QStringList{"words", "1234567.5"} << 0
                                << "Twelve Lac Thirty Four Thousand Five Hundred Sixty Seven And Fifty Paisa Only\n";
-        QTest::newRow("words one rupee") << QStringList{"words", "1"} << 0 << "One Rupee Only\n";
         QTest::newRow("words, hundred crore") << QStringList{"words", "1000000001"} << 1 << "One Rupee Only\n";
         QTest::newRow("words, not an amount") << QStringList{"words", "12.3.4"} << 2 << "";
-        QTest::newRow("words, negative") << QStringList{"words", "-5"} << 2 << "";
         QTest::newRow("words, nothing") << QStringList{"words"} << 2 << "";
         QTest::newRow("date") << QStringList{"date", "15/4/8", "--year", "2009"} << 0 << "15/04/2008\n2008\n";
-        QTest::newRow("date, January") << QStringList{"date", "5.1.8", "--year", "2009"} << 0 << "05/01/2008\n2009\n";
         QTest::newRow("date, format") << QStringList{"date", "5/1/2008", "--format", "dd-MM-yyyy"} << 0 << "05-01-2008\n\n";
         QTest::newRow("date, none") << QStringList{"date", "31/02/2008", "--year", "2009"} << 1 << "\n2009\n";
         QTest::newRow("pan") << QStringList{"pan", "ABCDE1234F"} << 0 << "valid\n";
-        QTest::newRow("pan, empty") << QStringList{"pan", ""} << 0 << "valid\n";
         QTest::newRow("pan, small letters") << QStringList{"pan", "abcde1234f"} << 1 << "invalid\n";
-        QTest::newRow("pan, long") << QStringList{"pan", "ABCDE1234FG"} << 1 << "invalid\n";
         QTest::newRow("unknown action") << QStringList{"ini", "list"} << 2 << "";
     }
 

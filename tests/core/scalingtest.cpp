@@ -10,7 +10,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
@@ -117,6 +116,9 @@ private slots:
                                                    << QList<int>{1024, 768, 96} << QList<float>{1.28f, 1.28f, 1.28f};
         QTest::newRow("nothing measured") << 0 << 0 << 0 << measuredOnly << QList<int>{800, 600, 96}
                                           << QList<float>{1.0f, 1.0f, 1.0f};
+        // The desktop's extent (here 1024 x 768) stands in for an unknown display mode.
+        QTest::newRow("mode unknown") << -1 << -1 << 96 << measuredOnly << QList<int>{1024, 768, 96}
+                                      << QList<float>{1.28f, 1.28f, 1.28f};
     }
 
     void ratios()
@@ -128,7 +130,8 @@ private slots:
         QFETCH(QList<int>, measured);
         QFETCH(QList<float>, ratios);
 
-        const ScreenReso r = computeScreenReso({width, height, dpi, 0, 0},
+        const bool unknownMode = width < 0;
+        const ScreenReso r = computeScreenReso({qMax(width, 0), qMax(height, 0), dpi, unknownMode ? 1024 : 0, unknownMode ? 768 : 0},
                                                {settings.at(0), settings.at(1), settings.at(2), settings.at(3)});
         QCOMPARE(r.vDefScreenX, measured.at(0));
         QCOMPARE(r.vDefScreenY, measured.at(1));
@@ -136,13 +139,6 @@ private slots:
         QCOMPARE(r.vScreenRatX, ratios.at(0));
         QCOMPARE(r.vScreenRatY, ratios.at(1));
         QCOMPARE(r.vScreenRatFS, ratios.at(2));
-    }
-
-    void theDesktopExtentStandsInForAnUnknownMode()
-    {
-        const ScreenReso r = computeScreenReso({0, 0, 96, 1024, 768}, {});
-        QCOMPARE(r.vDefScreenX, 1024);
-        QCOMPARE(r.vScreenRatY, 1.28f);
     }
 
     void getScreenResoMeasuresTheScreenAndReadsTheSettings()
@@ -167,50 +163,6 @@ private slots:
         QCOMPARE(host.vScreenRatY(), 1.024f);
         QCOMPARE(host.vScreenRatFS(), 1.024f);
         QVERIFY(test::logLines().isEmpty());
-    }
-
-    void controlTypeName_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("grid") << "grid" << "VSFLEXGRID";
-        QTest::newRow("tabs") << "tabs" << "SSTAB";
-        QTest::newRow("progress") << "progress" << "PROGRESSBAR";
-        QTest::newRow("line") << "line" << "LINE";
-        QTest::newRow("menu bar") << "menu" << "MENU";
-        QTest::newRow("picture") << "picture" << "IMAGE";
-        QTest::newRow("text box") << "edit" << "QLINEEDIT";
-    }
-
-    void controlTypeName()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QString, name);
-        std::unique_ptr<QWidget> w;
-        if (kind == QLatin1String("grid"))
-            w = std::make_unique<QTableWidget>();
-        else if (kind == QLatin1String("tabs"))
-            w = std::make_unique<QTabWidget>();
-        else if (kind == QLatin1String("progress"))
-            w = std::make_unique<QProgressBar>();
-        else if (kind == QLatin1String("menu"))
-            w = std::make_unique<QMenuBar>();
-        else if (kind == QLatin1String("line")) {
-            auto frame = std::make_unique<QFrame>();
-            frame->setFrameShape(QFrame::VLine);
-            w = std::move(frame);
-        } else if (kind == QLatin1String("picture")) {
-            auto label = std::make_unique<QLabel>();
-            QPixmap pixmap(8, 8);
-            pixmap.fill(Qt::red);
-            label->setPixmap(pixmap);
-            w = std::move(label);
-        } else
-            w = std::make_unique<QLineEdit>();
-        QWidget parent;
-        w->setParent(&parent);
-        QCOMPARE(corvane::controlTypeName(w.get()), name);
-        w->setParent(nullptr);
     }
 
     void aFormIsScaledByTheRatios()
