@@ -1,7 +1,7 @@
 #include "core/conversions.h"
 
 #include "core/resumenext.h"
-#include "core/vbtext.h"
+#include "core/textnumbers.h"
 
 #include <cmath>
 
@@ -25,7 +25,7 @@ QString ConvertDigit(const QString& d)
     static const QString words[] = {QString(), QStringLiteral("One"), QStringLiteral("Two"), QStringLiteral("Three"),
                                     QStringLiteral("Four"), QStringLiteral("Five"), QStringLiteral("Six"),
                                     QStringLiteral("Seven"), QStringLiteral("Eight"), QStringLiteral("Nine")};
-    const double value = vbVal(d);
+    const double value = valueOf(d);
     for (int i = 1; i <= 9; ++i)
         if (value == i)
             return words[i];
@@ -42,9 +42,9 @@ QString ConvertTens(const QString& t)
                                    QStringLiteral("Forty"), QStringLiteral("Fifty"), QStringLiteral("Sixty"),
                                    QStringLiteral("Seventy"), QStringLiteral("Eighty"), QStringLiteral("Ninety")};
     QString result;
-    const double first = vbVal(t.left(1));
+    const double first = valueOf(t.left(1));
     if (first == 1) {
-        const double value = vbVal(t);
+        const double value = valueOf(t);
         for (int i = 10; i <= 19; ++i)
             if (value == i)
                 result = teens[i - 10];
@@ -54,12 +54,12 @@ QString ConvertTens(const QString& t)
                 result = tens[i];
         result += QLatin1Char(' ') + ConvertDigit(t.right(1));
     }
-    return vbTrim(result);
+    return trimSpaces(result);
 }
 
 QString ConvertHundreds(const QString& h)
 {
-    if (std::floor(vbVal(h)) == 0)
+    if (std::floor(valueOf(h)) == 0)
         return QString();
     const QString digits = (QStringLiteral("000") + h).right(3);
     QString result;
@@ -69,19 +69,19 @@ QString ConvertHundreds(const QString& h)
         result += ConvertTens(digits.mid(1, 2));
     else
         result += ConvertDigit(digits.mid(2, 1));
-    return vbTrim(result);
+    return trimSpaces(result);
 }
 
 QString ConvertToWord(const QString& myNumber, int* failedGroups)
 {
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("CONVERTTOWORD"));
-    QString number = vbTrim(myNumber);
+    QString number = trimSpaces(myNumber);
     QString paisa;
     const qsizetype point = number.indexOf(QLatin1Char('.'));
     if (point >= 0) {
         // Two decimals are read; a third is dropped, not rounded.
         paisa = ConvertTens((number.mid(point + 1) + QStringLiteral("00")).left(2));
-        number = vbTrim(number.left(point));
+        number = trimSpaces(number.left(point));
     }
 
     // The last three digits are hundreds, then pairs: thousand, lac, crore (12,34,56,789).
@@ -100,14 +100,14 @@ QString ConvertToWord(const QString& myNumber, int* failedGroups)
             words = taken == 2 ? ConvertTens(number.right(2)) : ConvertDigit(number.right(1));
         }
         if (!words.isEmpty())
-            guard([&] { rupees = vbTrim(words + placeName(group) + rupees); });
+            guard([&] { rupees = trimSpaces(words + placeName(group) + rupees); });
         number.chop(taken);
         ++group;
     }
     if (failedGroups)
         *failedGroups = guard.failures();
 
-    rupees = vbTrim(rupees);
+    rupees = trimSpaces(rupees);
     if (!paisa.isEmpty())
         paisa += QStringLiteral(" Paisa");
     QString result;
@@ -119,7 +119,7 @@ QString ConvertToWord(const QString& myNumber, int* failedGroups)
             + QStringLiteral("Only");
     else
         result = rupees + (paisa.isEmpty() ? QString() : QStringLiteral(" And ") + paisa) + QStringLiteral(" Only");
-    return vbTrim(result);
+    return trimSpaces(result);
 }
 
 } // namespace corvane

@@ -33,7 +33,7 @@ bool isDayFirstDate(const QString& text, int currentYear);
 // Throws Failure outside the years 100 to 9999.
 QDate dateSerial(double year, double month, double day);
 
-// A date in a format of the original run-time: d dd ddd dddd, m mm mmm mmmm
+// A date in the host's format notation: d dd ddd dddd, m mm mmm mmmm
 // (M alike), y (day of the year) yy yyyy, q, w, ww, h n s, "/" and literal text
 // in quotes or after a backslash.
 QString formatDate(const QDate& date, const QString& format);

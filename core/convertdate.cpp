@@ -2,7 +2,7 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
-#include "core/vbtext.h"
+#include "core/textnumbers.h"
 
 #include <cmath>
 
@@ -23,7 +23,7 @@ QString digitRun(const QString& s, qsizetype& pos)
     return s.mid(start, pos - start);
 }
 
-// "Mid(text, position, 1) = replacement" of the original run-time.
+// The character at position (from 1) replaced; a position past the end fails.
 void replaceCharAt(QString& text, qsizetype position, const QString& replacement)
 {
     if (position > text.size())
@@ -197,19 +197,19 @@ QString ConvertDate(const QString& dt, const QString& dtFrm, QString& yr)
             yr = QString::number(modbase().TYear != 0 ? int(modbase().TYear) : currentYear());
         // yr is the year of January to March of the financial year: April on
         // belongs to the year before. The caller's variable changes, on purpose.
-        if (vbVal(m) >= 4)
-            yr = vbStr(vbVal(yr) - 1);
-        if (y.size() == 1 && vbVal(yr.right(2)) >= 10)
+        if (valueOf(m) >= 4)
+            yr = numberText(valueOf(yr) - 1);
+        if (y.size() == 1 && valueOf(yr.right(2)) >= 10)
             y.prepend(QLatin1Char('0'));
         y = yr.left(4 - y.size()) + y;
-        if (vbVal(y) > 2029)
-            y = vbStr(vbVal(y) - 100);
+        if (valueOf(y) > 2029)
+            y = numberText(valueOf(y) - 100);
     }
 
     QDate built;
-    if (!guard([&] { built = dateSerial(vbVal(y), vbVal(m), vbVal(d)); }))
+    if (!guard([&] { built = dateSerial(valueOf(y), valueOf(m), valueOf(d)); }))
         return QString();
-    if (built.month() != vbVal(m))
+    if (built.month() != valueOf(m))
         return QString();
 
     QString r = formatDate(built, dtFrm);

@@ -182,7 +182,7 @@ QByteArray trimmedName(const QString& name)
 
 QString decode(const QByteArray& bytes)
 {
-    // Files written on the original platform are in the ANSI code page.
+    // Files written by the Windows installations are in the ANSI code page.
     QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = utf8(bytes);
     return utf8.hasError() ? QString::fromLatin1(bytes) : text;

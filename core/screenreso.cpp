@@ -2,7 +2,7 @@
 
 #include "core/modbase.h"
 #include "core/settings.h"
-#include "core/vbtext.h"
+#include "core/textnumbers.h"
 
 #include <cmath>
 
@@ -17,7 +17,7 @@ constexpr int kDesignDpi = 96;
 // A setting as a number; a value that is no number counts as 0.
 long settingNumber(const QString& text)
 {
-    const double value = vbVal(text);
+    const double value = valueOf(text);
     return std::fabs(value) < 2147483647.0 ? long(std::nearbyint(value)) : 0;
 }
 
@@ -41,7 +41,7 @@ ScreenReso computeScreenReso(const ScreenMeasure& measured, const ScrResoSetting
         r.vDefScreenFS = kDesignDpi;
 
     // An Opt that is no 16-bit number leaves the mode at 0.
-    const qint16 opt = vbCInt(settings.opt).value_or(0);
+    const qint16 opt = toInt16(settings.opt).value_or(0);
     double width = r.vDefScreenX;
     double height = r.vDefScreenY;
     double dpi = r.vDefScreenFS;

@@ -223,7 +223,7 @@ QColor fromBgr(quint32 value)
     return QColor(int(value & 0xFF), int((value >> 8) & 0xFF), int((value >> 16) & 0xFF));
 }
 
-// The colour of a value of the original platform, or the default of the role.
+// The colour of a host colour value (BGR, the default, or a system colour).
 QColor colourOf(qint32 value, const QWidget* widget, QPalette::ColorRole defaultRole)
 {
     const quint32 u = quint32(value);

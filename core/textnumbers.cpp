@@ -1,4 +1,4 @@
-#include "core/vbtext.h"
+#include "core/textnumbers.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -50,7 +50,7 @@ std::string numberPrefix(const QString& s, qsizetype pos)
 
 } // namespace
 
-double vbVal(const QString& text)
+double valueOf(const QString& text)
 {
     QString s;
     s.reserve(text.size());
@@ -64,7 +64,7 @@ double vbVal(const QString& text)
     return std::isfinite(value) ? value : 0.0;
 }
 
-QString vbTrim(const QString& text)
+QString trimSpaces(const QString& text)
 {
     qsizetype start = 0;
     qsizetype end = text.size();
@@ -75,14 +75,14 @@ QString vbTrim(const QString& text)
     return text.mid(start, end - start);
 }
 
-QString vbStr(double value)
+QString numberText(double value)
 {
     if (std::isfinite(value) && std::floor(value) == value && std::fabs(value) < 1e15)
         return QString::number(qint64(value));
     return QString::number(value, 'g', 15);
 }
 
-std::optional<qint16> vbCInt(const QString& text)
+std::optional<qint16> toInt16(const QString& text)
 {
     const QString s = text.trimmed();
     const std::string number = numberPrefix(s, 0);
