@@ -2,13 +2,12 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
+#include "core/textnumbers.h"
 #include "db/connection.h"
 #include "db/recordset.h"
 #include "db/schema.h"
 #include "db/sqltext.h"
 
-#include <charconv>
-#include <cmath>
 
 namespace corvane {
 
@@ -58,7 +57,7 @@ void readFlag(const Recordset& rs, const char* column, bool& box)
 {
     const QVariant v = rs.field(QString::fromLatin1(column));
     if (!v.isNull())
-        box = AddInfoRecord::numericValue(v.toString()) != 0;
+        box = valueOf(v.toString()) != 0;
 }
 
 void readText(const Recordset& rs, const char* column, QString& box)
@@ -71,7 +70,7 @@ void readNumber(const Recordset& rs, const char* column, QString& box)
 {
     const QVariant v = rs.field(QString::fromLatin1(column));
     if (!v.isNull())
-        box = AddInfoRecord::numberText(AddInfoRecord::numericValue(v.toString()));
+        box = numberText(valueOf(v.toString()));
 }
 
 } // namespace
@@ -79,49 +78,6 @@ void readNumber(const Recordset& rs, const char* column, QString& box)
 AddInfoRecord::AddInfoRecord(AddInfoEdition edition, QString formName)
     : edition_(edition), formName_(std::move(formName))
 {
-}
-
-double AddInfoRecord::numericValue(const QString& text)
-{
-    // Leading blanks, an optional sign, digits with at most one point; the rest is ignored.
-    QByteArray digits;
-    int i = 0;
-    while (i < text.size() && (text[i] == QLatin1Char(' ') || text[i] == QLatin1Char('\t')))
-        ++i;
-    if (i < text.size() && (text[i] == QLatin1Char('-') || text[i] == QLatin1Char('+')))
-        digits += char(text[i++].unicode());
-    bool point = false;
-    bool any = false;
-    for (; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c.unicode() >= '0' && c.unicode() <= '9') {
-            digits += char(c.unicode());
-            any = true;
-        } else if (c == QLatin1Char('.') && !point) {
-            digits += '.';
-            point = true;
-        } else {
-            break;
-        }
-    }
-    if (!any)
-        return 0;
-    bool ok = false;
-    const double v = digits.toDouble(&ok);
-    return ok && std::isfinite(v) ? v : 0;
-}
-
-QString AddInfoRecord::numberText(double value)
-{
-    if (!std::isfinite(value))
-        return QStringLiteral("0");
-    if (value == 0)
-        value = 0; // no "-0"
-    char buffer[400];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
-    if (result.ec != std::errc())
-        return QStringLiteral("0");
-    return QString::fromLatin1(buffer, int(result.ptr - buffer));
 }
 
 int AddInfoRecord::boxLength(const QString& table, const QString& column)
@@ -183,7 +139,7 @@ bool AddInfoRecord::READDATA(bool fromPrevious)
         readFlag(rs, "ChAdd", v.chAdd);
         readText(rs, "Ward", v.ward);
         readText(rs, "OldWard", v.oldWard);
-        const int section = int(numericValue(rs.text(QStringLiteral("Section"))));
+        const int section = int(valueOf(rs.text(QStringLiteral("Section"))));
         v.section = section >= 1 && section <= kSections ? section : 0;
         readFlag(rs, "RevRet", v.revRet);
         readText(rs, "RevRecNo", v.revRecNo);
@@ -281,8 +237,8 @@ QString AddInfoRecord::insertStatement() const
     sql += text(first ? flag(v.peOut) : none);
     sql += text(flag(v.empBoth));
     sql += text(flag(v.sepBooks));
-    sql += number(numericValue(v.indiaEmp));
-    sql += number(numericValue(totalEmp));
+    sql += number(valueOf(v.indiaEmp));
+    sql += number(valueOf(totalEmp));
     sql += text(none); // RetDt and RetAckNo belong to the return register
     sql += text(none);
     sql += text(v.areaCd);
@@ -290,14 +246,14 @@ QString AddInfoRecord::insertStatement() const
     sql += text(v.aoRng);
     sql += text(v.aoNo);
     sql += text(flag(v.calc115WJ));
-    sql += number(v.calc115WJ ? numericValue(v.amt115WJ) : 0);
+    sql += number(v.calc115WJ ? valueOf(v.amt115WJ) : 0);
     sql += text(flag(v.calc115WK));
-    sql += number(v.calc115WK ? numericValue(v.amt115WK) : 0);
+    sql += number(v.calc115WK ? valueOf(v.amt115WK) : 0);
     if (first) {
         sql += QStringLiteral(",'1',0");
     } else {
         sql += text(flag(v.calc115WJ5));
-        sql += number(v.calc115WJ5 ? numericValue(v.amt115WJ5) : 0);
+        sql += number(v.calc115WJ5 ? valueOf(v.amt115WJ5) : 0);
     }
     sql += text(!v.intUpto ? none : v.intDt.isEmpty() ? QStringLiteral("todate") : v.intDt);
     sql += QLatin1Char(')');
@@ -325,14 +281,14 @@ QString AddInfoRecord::updateStatement() const
              << setText(QStringLiteral("PEIndia"), flag(v.peIndia)) << setText(QStringLiteral("DtRel1"), flag(v.dtRel1))
              << setText(QStringLiteral("DtRel2"), flag(v.dtRel2)) << setText(QStringLiteral("PEOut"), flag(v.peOut))
              << setText(QStringLiteral("EmpBoth"), flag(v.empBoth)) << setText(QStringLiteral("SepBooks"), flag(v.sepBooks))
-             << setNumber(QStringLiteral("IndiaEmp"), numericValue(v.indiaEmp))
-             << setNumber(QStringLiteral("TotalEmp"), numericValue(totalEmp))
+             << setNumber(QStringLiteral("IndiaEmp"), valueOf(v.indiaEmp))
+             << setNumber(QStringLiteral("TotalEmp"), valueOf(totalEmp))
              << setText(QStringLiteral("AreaCd"), v.areaCd) << setText(QStringLiteral("AoTyp"), v.aoTyp)
              << setText(QStringLiteral("AoRng"), v.aoRng) << setText(QStringLiteral("AoNo"), v.aoNo)
              << setText(QStringLiteral("Calc115WJ"), flag(v.calc115WJ))
-             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? numericValue(v.amt115WJ) : 0)
+             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? valueOf(v.amt115WJ) : 0)
              << setText(QStringLiteral("Calc115WK"), flag(v.calc115WK))
-             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? numericValue(v.amt115WK) : 0)
+             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? valueOf(v.amt115WK) : 0)
              << setText(QStringLiteral("IntDt"), intDt);
     } else {
         sets << setText(QStringLiteral("Ward"), v.ward) << setText(QStringLiteral("Section"), QString::number(v.section))
@@ -341,16 +297,16 @@ QString AddInfoRecord::updateStatement() const
              << setText(QStringLiteral("RevRecDt"), v.revRet ? v.revRecDt : none)
              << setText(QStringLiteral("PEIndia"), flag(v.peIndia)) << setText(QStringLiteral("EmpBoth"), flag(v.empBoth))
              << setText(QStringLiteral("SepBooks"), flag(v.sepBooks))
-             << setNumber(QStringLiteral("IndiaEmp"), numericValue(v.indiaEmp))
-             << setNumber(QStringLiteral("TotalEmp"), numericValue(totalEmp))
+             << setNumber(QStringLiteral("IndiaEmp"), valueOf(v.indiaEmp))
+             << setNumber(QStringLiteral("TotalEmp"), valueOf(totalEmp))
              << setText(QStringLiteral("AreaCd"), v.areaCd) << setText(QStringLiteral("AoTyp"), v.aoTyp)
              << setText(QStringLiteral("AoRng"), v.aoRng) << setText(QStringLiteral("AoNo"), v.aoNo)
              << setText(QStringLiteral("Calc115WJ"), flag(v.calc115WJ))
-             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? numericValue(v.amt115WJ) : 0)
+             << setNumber(QStringLiteral("Amt115WJ"), v.calc115WJ ? valueOf(v.amt115WJ) : 0)
              << setText(QStringLiteral("Calc115WJ5"), flag(v.calc115WJ5))
-             << setNumber(QStringLiteral("Amt115WJ5"), v.calc115WJ5 ? numericValue(v.amt115WJ5) : 0)
+             << setNumber(QStringLiteral("Amt115WJ5"), v.calc115WJ5 ? valueOf(v.amt115WJ5) : 0)
              << setText(QStringLiteral("Calc115WK"), flag(v.calc115WK))
-             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? numericValue(v.amt115WK) : 0)
+             << setNumber(QStringLiteral("Amt115WK"), v.calc115WK ? valueOf(v.amt115WK) : 0)
              << setText(QStringLiteral("IntDt"), intDt);
     }
     return QStringLiteral("Update FBT_AddInfo Set ") + sets.join(QLatin1Char(',')) + keyTail();

@@ -99,11 +99,6 @@ public:
     QString miscDeleteStatement() const;
     QString miscInsertStatement() const;
 
-    // The value of a box's text the way the forms read numbers: the leading
-    // number, 0 when there is none.
-    static double numericValue(const QString& text);
-    // A number in its shortest decimal form ("1500", "12.5").
-    static QString numberText(double value);
     // How many characters a box may take so that its column can store it.
     static int boxLength(const QString& table, const QString& column);
 

@@ -61,13 +61,6 @@ double Val(const QString& text)
     return ok && std::isfinite(value) ? value : 0.0;
 }
 
-QString numberText(double value)
-{
-    if (value == std::floor(value) && std::fabs(value) < 1e15)
-        return QString::number(qint64(value));
-    return QString::number(value, 'g', 15);
-}
-
 void BankRegister::open(ResumeNext& guard)
 {
     guard([&] { rs_.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), bankConnection()); });

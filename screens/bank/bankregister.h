@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/textnumbers.h" // numberText
 #include "db/recordset.h"
 
 #include <QString>
@@ -53,7 +54,5 @@ private:
 // The number at the start of a text as the original run-time read it: blanks
 // are skipped, anything else ends the number, no number gives 0.
 double Val(const QString& text);
-// A number as SQL text: whole numbers without a decimal point.
-QString numberText(double value);
 
 } // namespace corvane
