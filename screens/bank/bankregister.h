@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/textnumbers.h" // numberText
 #include "db/recordset.h"
 
 #include <QString>
@@ -51,8 +50,5 @@ private:
     Recordset rs_;
 };
 
-// The number at the start of a text as the original run-time read it: blanks
-// are skipped, anything else ends the number, no number gives 0.
-double Val(const QString& text);
 
 } // namespace corvane

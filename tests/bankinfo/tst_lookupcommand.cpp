@@ -1,21 +1,13 @@
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include <QProcess>
+#include "support/clirunner.h"
 #include <QTemporaryDir>
 
 using namespace corvane;
 using namespace corvane::test;
 
-namespace {
-
-struct Run {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-} // namespace
+using Run = corvane::test::CliResult;
 
 // The corvane command as a user runs it, against the test database.
 class LookupCommandTest : public QObject {
@@ -26,17 +18,7 @@ class LookupCommandTest : public QObject {
 
     Run corvane(const QStringList& args)
     {
-        const ConnectionSettings s = db->settings();
-        QProcess process;
-        process.setProgram(qEnvironmentVariable("CORVANE_CLI"));
-        process.setArguments(QStringList{"--app-path", db->appPath(), "--socket", s.socket, "--user", s.user,
-                                         "--database", s.database} + args);
-        process.start();
-        process.closeWriteChannel();
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+        return runCli(QStringList{"--app-path", db->appPath()} + databaseArgs(*db) + args);
     }
     QString write(const QString& name, const QByteArray& bytes)
     {

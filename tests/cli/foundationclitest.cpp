@@ -1,4 +1,4 @@
-#include "cli/clirunner.h"
+#include "support/clirunner.h"
 #include "db/privateserver.h"
 #include "db/sqltext.h"
 #include "support/testdatabase.h"

@@ -3,20 +3,12 @@
 #include "support/testmain.h"
 
 #include <QDir>
-#include <QProcess>
+#include "support/clirunner.h"
 #include <QTemporaryDir>
 
 using namespace corvane;
 
-namespace {
-
-struct Run {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-} // namespace
+using Run = test::CliResult;
 
 class ServicesCommandsTest : public QObject {
     Q_OBJECT
@@ -25,31 +17,15 @@ class ServicesCommandsTest : public QObject {
     QString appPath() const { return dir_->path() + QStringLiteral("/app"); }
     QString systemPath() const { return dir_->path() + QStringLiteral("/system"); }
 
-    Run corvane(const QStringList& args, const QMap<QString, QString>& env = {}) const
+    Run corvane(const QStringList& args, QMap<QString, QString> env = {}) const
     {
-        QProcess p;
-        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert(QStringLiteral("CORVANE_SYSTEM_DIR"), systemPath());
-        for (auto it = env.begin(); it != env.end(); ++it) {
-            if (it.value().isNull())
-                e.remove(it.key());
-            else
-                e.insert(it.key(), it.value());
-        }
-        p.setProcessEnvironment(e);
-        p.start(qEnvironmentVariable("CORVANE_CLI"), QStringList{QStringLiteral("--app-path"), appPath()} + args);
-        if (!p.waitForFinished(120000))
-            return {};
-        return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, QString::fromUtf8(p.readAllStandardOutput()),
-                QString::fromUtf8(p.readAllStandardError())};
+        env.insert(QStringLiteral("CORVANE_SYSTEM_DIR"), systemPath());
+        return test::runCli(QStringList{QStringLiteral("--app-path"), appPath()} + args, env);
     }
 
     Run corvaneOn(const test::TestDatabase& db, const QStringList& args) const
     {
-        const ConnectionSettings s = db.settings();
-        return corvane(QStringList{QStringLiteral("--socket"), s.socket, QStringLiteral("--user"), QStringLiteral("root"),
-                                   QStringLiteral("--database"), s.database}
-                       + args);
+        return corvane(test::databaseArgs(db) + args);
     }
 
     QStringList logLines() const
