@@ -128,6 +128,11 @@ private slots:
                                 "NOB='1',Ac44AA='0',Ac44AB='0',Dt44AB='',Ac44ABC='0',Dt44ABC='',PEIndia='0',DtRel1='0',DtRel2='0',"
                                 "PEOut='0',EmpBoth='0',SepBooks='0',IndiaEmp=0,TotalEmp=0,AreaCd='',AoTyp='',AoRng='',AoNo='',"
                                 "Calc115WJ='0',Amt115WJ=0,Calc115WK='0',Amt115WK=0,IntDt='' where code_no='C001' and tyear=2007"));
+        // amounts in their shortest decimal form
+        r.values.calc115WK = true;
+        r.values.amt115WK = QStringLiteral("1234.56");
+        QVERIFY(r.insertStatement().contains(QStringLiteral(",'1',1234.56,'1',0,''")));
+        QVERIFY(r.updateStatement().contains(QStringLiteral(",Amt115WK=1234.56,")));
         AddInfoRecord second(AddInfoEdition::Second, QStringLiteral("frmaddinfo1"));
         QCOMPARE(second.updateStatement(),
                  QStringLiteral("Update FBT_AddInfo Set Ward='',Section='0',RevRet='0',RevRecNo='',RevRecDt='',PEIndia='0',EmpBoth='0',"
