@@ -8,9 +8,47 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QIcon>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace corvane;
 using namespace corvane::host;
+
+namespace {
+
+int g_signalPipe[2] = {-1, -1};
+
+void onSignal(int)
+{
+    const char c = 1;
+    [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[0], &c, 1);
+}
+
+// Ctrl+C in a terminal, a kill or the end of the session close the window the
+// ordinary way, so that the private server is stopped and the choice kept.
+void closeOnSignals(QApplication& app)
+{
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_signalPipe) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(g_signalPipe[1], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [] {
+        char c = 0;
+        [[maybe_unused]] const ssize_t n = ::read(g_signalPipe[1], &c, 1);
+        QApplication::closeAllWindows();
+        QApplication::quit();
+    });
+    struct sigaction action {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    for (int signal : {SIGTERM, SIGINT, SIGHUP})
+        ::sigaction(signal, &action, nullptr);
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -31,6 +69,7 @@ int main(int argc, char* argv[])
                                            QStringLiteral("DIR"));
     parser.addOption(appPathOption);
     parser.process(app);
+    closeOnSignals(app);
 
     const QString programDir = QApplication::applicationDirPath();
     const QString appPath = QDir::cleanPath(QDir(parser.isSet(appPathOption) ? parser.value(appPathOption) : programDir).absolutePath());

@@ -54,6 +54,7 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     QHeaderView* header = ui->lstclients->horizontalHeader();
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(ColName, QHeaderView::Stretch);
+    ui->lstclients->verticalHeader()->setDefaultSectionSize(ui->lstclients->fontMetrics().height() + 8);
     ui->txtsearch->installEventFilter(this);
 
     lblclient_ = new QLabel(this);
@@ -62,6 +63,8 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     lblyear_->setObjectName(QStringLiteral("lblyear"));
     lbldatabase_ = new QLabel(this);
     lbldatabase_->setObjectName(QStringLiteral("lbldatabase"));
+    for (QLabel* label : {lblclient_, lblyear_, lbldatabase_})
+        label->setContentsMargins(8, 0, 8, 0);
     statusBar()->addWidget(lblclient_, 1);
     statusBar()->addPermanentWidget(lblyear_);
     statusBar()->addPermanentWidget(lbldatabase_);
