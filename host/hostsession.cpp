@@ -177,24 +177,32 @@ bool HostSession::reconnect(bool offerDemo)
     }
     if (!prepareDatabase(*connection, offerDemo))
         return false;
+    const bool leftPrivateServer = settings_.privateServer && !settings.privateServer;
+    auto previous = cls_.CnnObj();
     settings_ = settings;
     cls_.setCnnObj(connection);
+    if (leftPrivateServer && previous)
+        releasePrivateServer(std::move(previous));
     return true;
+}
+
+void HostSession::releasePrivateServer(std::shared_ptr<Connection> connection)
+{
+    const auto status = queryOrEmpty(*connection, QStringLiteral("SHOW STATUS LIKE 'Threads_connected'"));
+    const int connected = status.rows.value(0).value(1).toInt();
+    connection.reset();
+    // Left running while another FBT or a corvane command uses it.
+    if (connected <= 1)
+        failureText([&] { PrivateServer(appPath_).stop(); });
 }
 
 void HostSession::finish()
 {
-    if (!settings_.privateServer || !cls_.CnnObj())
+    auto connection = cls_.CnnObj();
+    if (!settings_.privateServer || !connection)
         return;
-    int connected = 0;
-    {
-        const auto status = queryOrEmpty(*cls_.CnnObj(), QStringLiteral("SHOW STATUS LIKE 'Threads_connected'"));
-        connected = status.rows.value(0).value(1).toInt();
-    }
     cls_.setCnnObj({});
-    // Leave it running for another FBT or a corvane command that uses it.
-    if (connected <= 1)
-        failureText([&] { PrivateServer(appPath_).stop(); });
+    releasePrivateServer(std::move(connection));
 }
 
 int HostSession::latestDataYear(Connection& connection) const

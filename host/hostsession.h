@@ -69,6 +69,8 @@ public:
 
 private:
     bool prepareDatabase(Connection& connection, bool offerDemo);
+    // Stops the private server when this connection is its only client.
+    void releasePrivateServer(std::shared_ptr<Connection> connection);
     QString rememberedCode(Connection& connection) const;
     int rememberedYear(Connection& connection) const;
     int latestDataYear(Connection& connection) const;

@@ -255,11 +255,6 @@ void MainWindow::showContext()
                                           : QStringLiteral("Database %1 on %2").arg(s.database, s.server.isEmpty() ? s.socket : s.server));
 }
 
-qint16 MainWindow::invoke(Member member)
-{
-    return invoker_(member);
-}
-
 void MainWindow::call(Member member)
 {
     if (needsClient(member) && currentCode().isEmpty()) {
@@ -268,7 +263,7 @@ void MainWindow::call(Member member)
     }
     cls_.setCode(currentCode());
     cls_.setTYear(qint16(currentYear()));
-    const qint16 result = invoke(member);
+    const qint16 result = invoker_(member);
     if (member == Member::Restoration && result != 0) {
         // The database has been replaced: a new connection, and everything read again.
         session_.reconnect();

@@ -63,7 +63,6 @@ private slots:
 
 private:
     void call(Member member);
-    qint16 invoke(Member member);
     void loadClients(const QString& select);
     void selectCode(const QString& code);
     void selectFirstVisible();

@@ -5,6 +5,7 @@
 #include "support/testmain.h"
 
 #include <QLabel>
+#include <QApplication>
 #include <QMenuBar>
 
 using namespace corvane;
@@ -104,6 +105,33 @@ private slots:
         QCOMPARE(recorder.calls.size(), 2);
         QCOMPARE(recorder.calls.last().member, MainWindow::Member::ShowAddInfo);
         QCOMPARE(recorder.calls.last().code, QStringLiteral("C003"));
+    }
+
+    void deleteKeyDeletesTextInTheSearchBoxAndClientsInTheList()
+    {
+        // GIVEN the demo clients in the active window, a word in the search box
+        HostFixture f(QStringLiteral("mw_delkey"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        auto* search = control<QLineEdit>(&window, "txtsearch");
+        search->setFocus();
+        QTest::keyClicks(search, "ltd");
+        QTest::keyClick(search, Qt::Key_Home);
+        // WHEN Delete is pressed in the search box
+        QTest::keyClick(search, Qt::Key_Delete);
+        // THEN a letter goes, and nobody is asked about deleting a client
+        QCOMPARE(search->text(), QStringLiteral("td"));
+        QCOMPARE(f.answers->texts(), QStringList());
+        // WHEN Delete is pressed in the list
+        auto* list = control<QTableWidget>(&window, "lstclients");
+        list->setFocus();
+        f.answers->then(Prompter::Answer::No);
+        QTest::keyClick(list, Qt::Key_Delete);
+        // THEN the deletion of the chosen client is asked for
+        QCOMPARE(f.answers->texts().size(), 1);
+        QVERIFY(f.answers->texts().first().startsWith("Delete the client " + window.currentCode()));
     }
 
     void yearChooserSetsTheYear()
