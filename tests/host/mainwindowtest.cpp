@@ -6,6 +6,7 @@
 
 #include <QLabel>
 #include <QApplication>
+#include <QDialog>
 #include <QMenuBar>
 
 using namespace corvane;
@@ -223,6 +224,36 @@ private slots:
         // THEN the user is told to choose a client, and no screen opens
         QCOMPARE(f.answers->texts(), (QStringList{"Choose a client first.", "Choose a client first."}));
         QVERIFY(recorder.calls.isEmpty());
+    }
+
+    void changedConnectionIsUsedAtOnce()
+    {
+        // GIVEN the window on a database without clients
+        HostFixture f(QStringLiteral("mw_connect"));
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        const QString other = f.db.name() + "_other";
+        struct DropOther {
+            TestDatabase& db;
+            QString name;
+            ~DropOther() { db->execute("Drop database if exists " + name); }
+        } drop{f.db, other};
+        window.setDialogRunner([&](QDialog& dialog) {
+            typeInto(&dialog, "txtdatabase", other);
+            click(&dialog, "cmdok");
+            return dialog.result();
+        });
+        f.answers->then(Prompter::Answer::Yes);
+        // WHEN Settings / Database Connection names a database that does not exist yet
+        control<QAction>(&window, "mnuconnection")->trigger();
+        // THEN it is created with its tables, the demo data offered and taken, and the window shows it
+        QCOMPARE(f.cls.CnnObj()->databaseName(), other);
+        QCOMPARE(f.answers->texts().size(), 1);
+        QVERIFY(f.answers->texts().first().contains("demo"));
+        QCOMPARE(visibleCodes(&window).size(), 6);
+        QCOMPARE(f.cls.Code(), QStringLiteral("A001"));
+        QVERIFY(control<QLabel>(&window, "lbldatabase")->text().contains(other));
+        QCOMPARE(ConnectionSettings::fromConfig(f.db.appPath()).database, other);
     }
 
     void restorationReloadsWhenItRestored_data()
