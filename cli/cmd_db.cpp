@@ -1,5 +1,6 @@
 #include "cli/command.h"
 
+#include "components/bankinfo/lookupimport.h"
 #include "db/connection.h"
 #include "db/schema.h"
 
@@ -9,6 +10,18 @@
 namespace corvane::cli {
 
 namespace {
+
+// The bank and Assessing Officer lists of the lookups, from the demo files shipped with the program.
+void loadDemoLookups(Invocation& inv, Connection& connection)
+{
+    const QString folder = bankinfo::findDemoFolder(inv.appPath);
+    if (folder.isEmpty()) {
+        inv.err << "no demo folder beside the program or in " << inv.appPath << ": the lookup lists stay as they are" << Qt::endl;
+        return;
+    }
+    for (const QString& line : bankinfo::loadDemoLists(connection, folder))
+        inv.out << line << Qt::endl;
+}
 
 int runDb(Invocation& inv)
 {
@@ -27,6 +40,7 @@ int runDb(Invocation& inv)
     if (inv.has(QStringLiteral("--demo"))) {
         const int rows = schema::loadDemoData(*connection);
         inv.out << (rows ? QStringLiteral("%1 demo rows added").arg(rows) : QStringLiteral("clients present: no demo rows added")) << Qt::endl;
+        loadDemoLookups(inv, *connection);
     }
     return 0;
 }
@@ -63,7 +77,8 @@ const CommandRegistration dbRegistration({
                    "Creates the configured database when it is missing and every missing table\n"
                    "(MyISAM), and fills the natures of business when there are none. Running it\n"
                    "again changes nothing.\n"
-                   "  --demo   add demo clients, banks, accounts, bills and receipts when no client exists\n"),
+                   "  --demo   add demo clients, banks, accounts, bills and receipts when no client exists,\n"
+                   "           and the demo bank and Assessing Officer lists to those lists that are empty\n"),
     {},
     {QStringLiteral("--demo")},
     runDb,

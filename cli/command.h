@@ -10,6 +10,8 @@
 #include <memory>
 #include <stdexcept>
 
+class QCoreApplication;
+
 namespace corvane {
 class Connection;
 }
@@ -53,6 +55,8 @@ struct Command {
     QStringList valueOptions;     // options that take a value
     QStringList flagOptions;      // options without a value
     std::function<int(Invocation&)> run;
+    // The application object, when the command needs more than QCoreApplication.
+    std::function<QCoreApplication*(int& argc, char** argv)> makeApplication = nullptr;
 };
 
 // Commands register themselves from their own files.

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace corvane::cli {
 
@@ -70,7 +71,9 @@ QString defaultAppPath()
     return env.isEmpty() ? QCoreApplication::applicationDirPath() : env;
 }
 
-int run(const QStringList& args, QTextStream& out, QTextStream& err)
+std::unique_ptr<QCoreApplication> g_app;
+
+int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QTextStream& err)
 {
     Invocation inv(out, err);
     QMap<QString, QString> global;
@@ -137,6 +140,10 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err)
             out << '\n';
         return 0;
     }
+
+    // Made once the command is known: a few commands need more than a core application.
+    g_app.reset(command->makeApplication ? command->makeApplication(argc, argv) : new QCoreApplication(argc, argv));
+    QCoreApplication::setApplicationName(QStringLiteral("corvane"));
 
     inv.appPath = global.value(QStringLiteral("--app-path"), defaultAppPath());
     inv.code = global.value(QStringLiteral("--code"));
@@ -233,13 +240,14 @@ const QList<Command>& commands()
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane"));
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args << QString::fromLocal8Bit(argv[i]);
     QTextStream out(stdout);
     QTextStream err(stderr);
     int status = 0;
     try {
-        status = corvane::cli::run(app.arguments().mid(1), out, err);
+        status = corvane::cli::run(argc, argv, args, out, err);
     } catch (const corvane::cli::UsageError& e) {
         err << "corvane: " << e.what() << "\n(see corvane --help)" << Qt::endl;
         status = 2;
@@ -253,5 +261,6 @@ int main(int argc, char* argv[])
     out.flush();
     err.flush();
     corvane::modbase().CnnObj.reset();
+    corvane::cli::g_app.reset();
     return status;
 }

@@ -10,9 +10,11 @@
 #include "core/settings.h"
 #include "core/statelist.h"
 #include "core/qtprompter.h"
+#include "screens/bank/frmbankdet1.h"
 
 #include <QComboBox>
 #include <QListWidget>
+#include <QPointer>
 #include <mutex>
 
 namespace corvane {
@@ -86,7 +88,18 @@ void ClsMain::SaveSettingINI(const QString& Section, const QString& Key, const Q
 // The screens arrive one by one; until a screen exists its member returns at once.
 void ClsMain::ShowAddInfo() {}
 void ClsMain::ShowAddInfo1() {}
-void ClsMain::ShowBankMas() {}
+void ClsMain::ShowBankMas()
+{
+    // One instance while it is shown; it unloads when closed, so the next call loads it afresh.
+    static QPointer<frmbankdet1> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new frmbankdet1;
+        instance->exec();
+        delete instance;
+    });
+}
 void ClsMain::ShowClDet() {}
 void ClsMain::ShowReturn() {}
 

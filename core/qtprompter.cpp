@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 
 namespace corvane {
 
@@ -64,7 +65,12 @@ Prompter::Answer QtPrompter::ask(const Question& question)
     box.setStandardButtons(buttons);
     box.setDefaultButton(toButton(question.defaultAnswer));
     box.setEscapeButton(toButton(escape));
-    return fromButton(box.exec(), escape);
+    // Without a window manager nobody gives the focus back to the form that asked.
+    QPointer<QWidget> asking = QApplication::activeWindow();
+    const Answer answer = fromButton(box.exec(), escape);
+    if (asking)
+        asking->activateWindow();
+    return answer;
 }
 
 QString QtChooser::chooseFolder(const QString& title, const QString& startFolder)

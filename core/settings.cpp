@@ -49,21 +49,30 @@ QString settingsFileFor(const QString& section, const QString& key)
     return withSeparator(modbase().AppPath) + QStringLiteral("Confg.ini");
 }
 
+static QString cutForBuffer(const QString& value)
+{
+    constexpr qsizetype kLongest = 254;
+    if (value.size() <= kLongest)
+        return value;
+    // Never leave half of a surrogate pair at the end.
+    return value.left(value.at(kLongest - 1).isHighSurrogate() ? kLongest - 1 : kLongest);
+}
+
 QString GetSettingINI(const QString& section, const QString& key, const QString& defVal, const QString& fl)
 {
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("GETSETTININI"));
     QString value = defVal;
     guard([&] {
         const QString file = fl.isEmpty() ? settingsFileFor(section, key) : fl;
-        value = IniFile::read(file, section, key, defVal).left(254);
+        value = IniFile::read(file, section, key, defVal);
     });
-    return value;
+    return cutForBuffer(value);
 }
 
-void SaveSettingINI(const QString& section, const QString& key, const QString& keyVal, const QString& fl)
+bool SaveSettingINI(const QString& section, const QString& key, const QString& keyVal, const QString& fl)
 {
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("SAVESETTININI"));
-    guard([&] {
+    return guard([&] {
         const QString file = fl.isEmpty() ? settingsFileFor(section, key) : fl;
         IniFile::write(file, section, key, keyVal);
     });

@@ -103,11 +103,11 @@ int loadDemoData(Connection& c)
     });
     n += insertRows(c, QStringLiteral("FBT_BankDet"), {
         {QStringLiteral("A001"), 2008, 1, QStringLiteral("HDFC BANK LTD"), QStringLiteral("LOWER PAREL, MUMBAI"),
-         QStringLiteral("400240015"), QStringLiteral("CURRENT"), QStringLiteral("00602320001234"), QStringLiteral("1"), QStringLiteral("1")},
+         QStringLiteral("400240015"), QStringLiteral("CURRENT"), QStringLiteral("00602320001234"), QStringLiteral("Y"), QStringLiteral("Y")},
         {QStringLiteral("A001"), 2008, 2, QStringLiteral("STATE BANK OF INDIA"), QStringLiteral("NARIMAN POINT, MUMBAI"),
-         QStringLiteral("400002003"), QStringLiteral("SAVINGS"), QStringLiteral("10987654321"), QStringLiteral("0"), QStringLiteral("0")},
+         QStringLiteral("400002003"), QStringLiteral("SAVINGS"), QStringLiteral("10987654321"), QStringLiteral("N"), QStringLiteral("N")},
         {QStringLiteral("C003"), 2007, 1, QStringLiteral("INDIAN BANK"), QStringLiteral("TARAMANI, CHENNAI"),
-         QStringLiteral("600019045"), QStringLiteral("CURRENT"), QStringLiteral("6012345678"), QStringLiteral("1"), QStringLiteral("1")},
+         QStringLiteral("600019045"), QStringLiteral("CURRENT"), QStringLiteral("6012345678"), QStringLiteral("Y"), QStringLiteral("Y")},
     });
     n += insertRows(c, QStringLiteral("FBT_AddInfo"), {
         addInfoRow(QStringLiteral("A001"), 2007, QStringLiteral("10(2)(1)"), QStringLiteral("1"),

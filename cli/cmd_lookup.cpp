@@ -1,0 +1,181 @@
+#include "cli/command.h"
+
+#include "components/bankinfo/lookupimport.h"
+#include "core/progress.h"
+#include "db/connection.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <cstdio>
+#include <unistd.h>
+
+namespace corvane::cli {
+
+namespace {
+
+// A progress line on standard error, redrawn in place; silent when standard
+// error is not a terminal.
+class TerminalProgress : public Progress {
+public:
+    TerminalProgress(QTextStream& err, QString title) : err_(err), title_(std::move(title)), tty_(::isatty(2) == 1) {}
+    ~TerminalProgress() override { finish(); }
+
+    void setRange(int minimum, int maximum) override
+    {
+        minimum_ = minimum;
+        maximum_ = maximum;
+    }
+    void setValue(int value) override
+    {
+        value_ = value;
+        draw();
+    }
+    void setText(const QString& text) override
+    {
+        text_ = text;
+        draw();
+    }
+    void finish()
+    {
+        if (tty_ && drawn_)
+            err_ << '\n' << Qt::flush;
+        drawn_ = false;
+    }
+
+private:
+    void draw()
+    {
+        if (!tty_)
+            return;
+        const int span = maximum_ - minimum_;
+        const int percent = span > 0 ? (value_ - minimum_) * 100 / span : 0;
+        err_ << QStringLiteral("\r%1: %2% %3\x1b[K").arg(title_).arg(percent, 3).arg(text_) << Qt::flush;
+        drawn_ = true;
+    }
+
+    QTextStream& err_;
+    QString title_;
+    bool tty_;
+    bool drawn_ = false;
+    int minimum_ = 0, maximum_ = 100, value_ = 0;
+    QString text_;
+};
+
+bankinfo::Kind kindArgument(const Invocation& inv, int index)
+{
+    const QString name = inv.word(index, QStringLiteral("list (banks, micr or ao)"));
+    const auto kind = bankinfo::kindFromName(name);
+    if (!kind)
+        throw UsageError(QStringLiteral("unknown list %1: use banks, micr or ao").arg(name).toStdString());
+    return *kind;
+}
+
+int runImport(Invocation& inv)
+{
+    inv.expectWords(3, 3);
+    const bankinfo::Kind kind = kindArgument(inv, 1);
+    const QString path = inv.word(2, QStringLiteral("FILE"));
+    if (!QFileInfo(path).isFile())
+        throw UsageError(QStringLiteral("%1: no such file").arg(path).toStdString());
+
+    auto connection = inv.connect();
+    bankinfo::ImportOptions options;
+    options.replace = inv.has(QStringLiteral("--replace"));
+    QElapsedTimer clock;
+    clock.start();
+    bankinfo::ImportResult result;
+    {
+        TerminalProgress progress(inv.err, QFileInfo(path).fileName());
+        result = bankinfo::importFile(*connection, kind, path, progress, options);
+    }
+    const int total = bankinfo::BankInfoStore(*connection).count(kind);
+    inv.out << QStringLiteral("%1: %2 rows loaded into the %3 from %4 lines in %5 s; the list now holds %6 rows")
+                   .arg(QFileInfo(path).fileName())
+                   .arg(result.loaded)
+                   .arg(bankinfo::kindDescription(kind))
+                   .arg(result.lines)
+                   .arg(double(clock.elapsed()) / 1000.0, 0, 'f', 1)
+                   .arg(total)
+            << Qt::endl;
+    if (!result.refused.isEmpty()) {
+        inv.out << QStringLiteral("%1 %2 refused:").arg(result.refusedCount()).arg(result.refusedCount() == 1 ? "line" : "lines")
+                << Qt::endl;
+        for (const QString& line : result.refused)
+            inv.out << "  " << line << '\n';
+        inv.out.flush();
+    }
+    // Some lines refused is not a failure of the command; nothing loaded from a file with data lines is.
+    return result.loaded == 0 && result.lines > 0 ? 1 : 0;
+}
+
+int runFind(Invocation& inv)
+{
+    if (inv.words.size() < 2)
+        throw UsageError("missing list (banks, micr or ao)");
+    const bankinfo::Kind kind = kindArgument(inv, 1);
+    const QString words = inv.words.mid(2).join(QLatin1Char(' '));
+    bool ok = true;
+    const int limit = inv.option(QStringLiteral("--limit"), QStringLiteral("50")).toInt(&ok);
+    if (!ok || limit < 1)
+        throw UsageError("--limit takes a number of rows");
+    auto connection = inv.connect();
+    const bankinfo::Lookup lookup = bankinfo::BankInfoStore(*connection).find(kind, words, limit);
+    inv.out << lookup.headings.join(QLatin1Char('\t')) << '\n';
+    for (const QStringList& row : lookup.rows)
+        inv.out << row.join(QLatin1Char('\t')) << '\n';
+    if (lookup.more)
+        inv.err << QStringLiteral("(more rows match: give more words or --limit)") << '\n';
+    inv.out.flush();
+    inv.err.flush();
+    return 0;
+}
+
+int runLookup(Invocation& inv)
+{
+    const QString action = inv.word(0, QStringLiteral("action (import or find)"));
+    if (action == QStringLiteral("import"))
+        return runImport(inv);
+    if (action == QStringLiteral("find"))
+        return runFind(inv);
+    throw UsageError(QStringLiteral("unknown action %1: use import or find").arg(action).toStdString());
+}
+
+QString usage()
+{
+    using namespace bankinfo;
+    return QStringLiteral(
+               "Usage: corvane [global options] lookup import banks|micr|ao FILE [--replace]\n"
+               "       corvane [global options] lookup find banks|micr|ao [WORDS...] [--limit N]\n"
+               "\n"
+               "The lists behind the bank and Assessing Officer lookups of the screens.\n"
+               "\n"
+               "import  loads a comma-separated file into a list. Its first line names the\n"
+               "        columns, in any order (letters and digits count, case does not):\n"
+               "          banks  bank branch list: %1\n"
+               "          micr   MICR list: %2\n"
+               "          ao     Assessing Officer list: %3\n"
+               "        Both bank lists read the public bank list layout (bank, IFSC, MICR,\n"
+               "        branch, address, city, district, state). A row whose key (IFSC, MICR,\n"
+               "        or area code, AO type, range code and AO number) is present replaces it.\n"
+               "        Lines that cannot be loaded are listed with their reason; the others load.\n"
+               "        Progress shows on a terminal.\n"
+               "  --replace  empty the list first (only once the file has a row to load)\n"
+               "find    prints the rows holding every word given, as the screens' lists do.\n"
+               "  --limit N  at most N rows (default 50)\n"
+               "\n"
+               "Exit status: 0 done (also with some lines refused), 1 nothing could be\n"
+               "loaded or the file is not such a list, 2 wrong usage.\n")
+        .arg(requiredColumnsText(Kind::Banks), requiredColumnsText(Kind::Micr), requiredColumnsText(Kind::Ao));
+}
+
+const CommandRegistration registration({
+    QStringLiteral("lookup"),
+    QStringLiteral("load or search the bank, MICR and Assessing Officer lists"),
+    usage(),
+    {QStringLiteral("--limit")},
+    {QStringLiteral("--replace")},
+    runLookup,
+});
+
+} // namespace
+} // namespace corvane::cli

@@ -1,0 +1,430 @@
+#include "banktestsupport.h"
+
+#include "core/components.h"
+#include "core/errorlog.h"
+#include "db/schema.h"
+#include "screens/bank/frmbankdet.h"
+#include "support/testdatabase.h"
+#include "support/testlog.h"
+#include "support/testmain.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <QTimer>
+
+using namespace corvane;
+using namespace corvane::test;
+
+namespace {
+const QString kClient = QStringLiteral("A001");
+constexpr int kYear = 2008;
+
+QStringList account(int n, const QString& isDefault = QStringLiteral("N"))
+{
+    return {QStringLiteral("BANK %1").arg(n), QStringLiteral("ADDRESS %1").arg(n), QStringLiteral("40024001%1").arg(n),
+            QStringLiteral("SAVINGS"), QStringLiteral("ACC%1").arg(n), QStringLiteral("N"), isDefault};
+}
+} // namespace
+
+class BankAccountsScreenTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TestDatabase> db;
+    std::shared_ptr<ScriptedPrompter> prompts;
+
+    // "SrNo|bank|address|MICR|type|account|ECS|default" for each stored row of the year.
+    QStringList stored(int year = kYear)
+    {
+        QStringList rows;
+        const auto result = (*db)->query(QStringLiteral("select * from FBT_BankDet where code_no = '%1' and Yr = %2 order by SrNo")
+                                             .arg(kClient).arg(year));
+        for (const auto& r : result.rows) {
+            QStringList cells;
+            for (int i = 2; i < r.size(); ++i)
+                cells << r.at(i).toString();
+            rows << cells.join(QLatin1Char('|'));
+        }
+        return rows;
+    }
+    void seed(int year, int count, int defaultRow = 0)
+    {
+        for (int n = 1; n <= count; ++n)
+            insertAccount(**db, kClient, year, n, account(n, n == defaultRow ? QStringLiteral("Y") : QStringLiteral("N")));
+    }
+    std::unique_ptr<frmbankdet> open()
+    {
+        auto form = std::make_unique<frmbankdet>();
+        showActive(*form);
+        return form;
+    }
+    static void click(frmbankdet& form, const char* button)
+    {
+        QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
+    }
+    static QTableWidget* grid(frmbankdet& form) { return child<QTableWidget>(form, "vsf1"); }
+    static void select(frmbankdet& form, int row) { grid(form)->setCurrentCell(row, 0); }
+    static QStringList gridColumn(frmbankdet& form, int column)
+    {
+        QStringList cells;
+        for (int r = 0; r < grid(form)->rowCount(); ++r)
+            cells << grid(form)->item(r, column)->text();
+        return cells;
+    }
+    static void typeAccount(frmbankdet& form, const QString& bank, const QString& micr = QString())
+    {
+        form.txtfields().at(0)->setText(bank);
+        form.txtfields().at(1)->setText(QStringLiteral("FORT, MUMBAI"));
+        form.txtfields().at(2)->setText(micr);
+        child<QComboBox>(form, "Combo1")->setCurrentIndex(1);
+        form.txtfields().at(3)->setText(QStringLiteral("00991"));
+        child<QRadioButton>(form, "Option1")->setChecked(true);
+    }
+
+private slots:
+    void initTestCase() { db = std::make_unique<TestDatabase>(QStringLiteral("bankdet")); }
+    void cleanupTestCase() { db.reset(); }
+
+    void init()
+    {
+        schema::createMissingTables(**db);
+        (*db)->execute(QStringLiteral("delete from FBT_BankDet"));
+        QFile::remove(logFilePath());
+        prompts = installScriptedPrompter();
+        registerDefaultComponents();
+        modbase().Code = kClient;
+        modbase().TYear = kYear;
+    }
+
+    void loadsTheYearInSrNoOrder()
+    {
+        // GIVEN three accounts stored out of order, and another client's account
+        insertAccount(**db, kClient, kYear, 3, account(3));
+        insertAccount(**db, kClient, kYear, 1, account(1, QStringLiteral("Y")));
+        insertAccount(**db, kClient, kYear, 2, account(2));
+        insertAccount(**db, QStringLiteral("B002"), kYear, 1, account(9));
+        // WHEN the screen loads
+        auto form = open();
+        // THEN the grid has the seven headings and the client's rows by SrNo, the first shown below
+        QStringList headings;
+        for (int c = 0; c < grid(*form)->columnCount(); ++c)
+            headings << grid(*form)->horizontalHeaderItem(c)->text();
+        QCOMPARE(headings, (QStringList{"Name of Bank", "Address of Bank Branch", "MICR Code", "Type of Account",
+                                        "Account No.", "ECS", "Default"}));
+        QCOMPARE(gridColumn(*form, 0), (QStringList{"BANK 1", "BANK 2", "BANK 3"}));
+        QCOMPARE(form->txtfields().at(0)->text(), QStringLiteral("BANK 1"));
+        QVERIFY(child<QCheckBox>(*form, "Check2")->isChecked());
+        QVERIFY(child<QRadioButton>(*form, "Option2")->isChecked());
+        QCOMPARE(child<QComboBox>(*form, "Combo1")->currentText(), QStringLiteral("SAVINGS"));
+        QVERIFY(!form->editing());
+        QVERIFY(!child<QGroupBox>(*form, "Frame2")->isEnabled());
+        QCOMPARE(prompts->texts(), QStringList());
+        // WHEN the user moves down the grid with the keyboard
+        grid(*form)->setFocus();
+        QTest::keyClick(grid(*form), Qt::Key_Down);
+        // THEN the entry frame follows the selected row
+        QCOMPARE(form->txtfields().at(0)->text(), QStringLiteral("BANK 2"));
+        QVERIFY(!child<QCheckBox>(*form, "Check2")->isChecked());
+    }
+
+    void noAccountsInEitherYear()
+    {
+        // GIVEN a client without accounts this year and last year
+        // WHEN the screen loads
+        auto form = open();
+        // THEN the grid is empty and nothing is asked
+        QCOMPARE(grid(*form)->rowCount(), 0);
+        QCOMPARE(prompts->texts(), QStringList());
+        QCOMPARE(form->txtfields().at(0)->text(), QString());
+    }
+
+    void importFromThePreviousYear_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<int>("rows");
+        QTest::newRow("Yes fills the grid") << true << 3;
+        QTest::newRow("No leaves it empty") << false << 0;
+    }
+    void importFromThePreviousYear()
+    {
+        QFETCH(bool, yes);
+        QFETCH(int, rows);
+        // GIVEN three accounts last year and none this year
+        seed(kYear - 1, 3, 1);
+        prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
+        // WHEN the screen loads and is left with Back
+        auto form = open();
+        QCOMPARE(grid(*form)->rowCount(), rows);
+        click(*form, "cmdback");
+        // THEN the question was asked, nothing was written for this year, and last year is untouched
+        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to Import from Previous Year?")});
+        QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Question);
+        QVERIFY(!form->isVisible());
+        QCOMPARE(stored(), QStringList());
+        QCOMPARE(stored(kYear - 1).size(), 3);
+    }
+
+    void importedAccountsAreWrittenAtTheNextUpdate()
+    {
+        // GIVEN last year's three accounts imported into the grid
+        seed(kYear - 1, 3, 1);
+        prompts->then(Prompter::Answer::Yes);
+        auto form = open();
+        // WHEN the second is modified and updated
+        select(*form, 1);
+        click(*form, "cmdmodify");
+        form->txtfields().at(3)->setText(QStringLiteral("NEW-ACC"));
+        click(*form, "cmdupdate");
+        // THEN this year holds all three, the second changed
+        QCOMPARE(stored(), (QStringList{"1|BANK 1|ADDRESS 1|400240011|SAVINGS|ACC1|N|Y",
+                                        "2|BANK 2|ADDRESS 2|400240012|SAVINGS|NEW-ACC|N|N",
+                                        "3|BANK 3|ADDRESS 3|400240013|SAVINGS|ACC3|N|N"}));
+    }
+
+    void theFirstAccountBecomesTheDefault()
+    {
+        // GIVEN an empty list and a first account typed without Default
+        auto form = open();
+        click(*form, "cmdadd");
+        QVERIFY(form->editing());
+        QCOMPARE(form->editMode(), qint16(-1));
+        typeAccount(*form, QStringLiteral("HDFC BANK LTD"), QStringLiteral("400240015"));
+        // WHEN it is updated
+        click(*form, "cmdupdate");
+        // THEN it is stored as SrNo 1 and the default account, and the grid says so
+        QCOMPARE(stored(), QStringList{QStringLiteral("1|HDFC BANK LTD|FORT, MUMBAI|400240015|CURRENT|00991|Y|Y")});
+        QCOMPARE(gridColumn(*form, 6), QStringList{QStringLiteral("Y")});
+        QVERIFY(child<QCheckBox>(*form, "Check2")->isChecked());
+        QVERIFY(!form->editing());
+        QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, "cmdadd"));
+    }
+
+    void tickingDefaultClearsTheOthers()
+    {
+        // GIVEN three accounts, the first the default
+        seed(kYear, 3, 1);
+        auto form = open();
+        // WHEN the third is modified with Default ticked
+        select(*form, 2);
+        click(*form, "cmdmodify");
+        QCOMPARE(form->editMode(), qint16(0));
+        child<QCheckBox>(*form, "Check2")->setChecked(true);
+        click(*form, "cmdupdate");
+        // THEN only the third is the default, in the table and the grid
+        QStringList defaults;
+        for (const QString& row : stored())
+            defaults << row.section(QLatin1Char('|'), 7, 7);
+        QCOMPARE(defaults, (QStringList{"N", "N", "Y"}));
+        QCOMPARE(gridColumn(*form, 6), (QStringList{"N", "N", "Y"}));
+        QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, "cmdmodify"));
+    }
+
+    void deletingTheMiddleOfThreeRenumbers()
+    {
+        // GIVEN three accounts, the middle one selected
+        seed(kYear, 3, 3);
+        auto form = open();
+        select(*form, 1);
+        // WHEN it is deleted with Yes
+        prompts->then(Prompter::Answer::Yes);
+        click(*form, "cmddelete");
+        // THEN the question had its title, and the table holds SrNo 1 and 2 with the first and third
+        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to delele the selected item?")});
+        QCOMPARE(prompts->asked().front().title, QStringLiteral("Delete Confirmation"));
+        QCOMPARE(stored(), (QStringList{"1|BANK 1|ADDRESS 1|400240011|SAVINGS|ACC1|N|N",
+                                        "2|BANK 3|ADDRESS 3|400240013|SAVINGS|ACC3|N|Y"}));
+        QCOMPARE(gridColumn(*form, 0), (QStringList{"BANK 1", "BANK 3"}));
+    }
+
+    void deletingWithNoKeepsEverything()
+    {
+        seed(kYear, 2, 1);
+        auto form = open();
+        select(*form, 1);
+        prompts->then(Prompter::Answer::No);
+        click(*form, "cmddelete");
+        QCOMPARE(stored().size(), 2);
+        QCOMPARE(grid(*form)->rowCount(), 2);
+    }
+
+    void micrLengthOnLeavingTheBox_data()
+    {
+        QTest::addColumn<QString>("micr");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("eight characters are refused") << "40024001" << true;
+        QTest::newRow("empty is accepted") << "" << false;
+        QTest::newRow("nine characters are accepted") << "400240015" << false;
+    }
+    void micrLengthOnLeavingTheBox()
+    {
+        QFETCH(QString, micr);
+        QFETCH(bool, refused);
+        // GIVEN an account being added, the MICR typed
+        auto form = open();
+        click(*form, "cmdadd");
+        QLineEdit* box = form->txtfields().at(2);
+        box->setFocus();
+        QTest::keyClicks(box, micr);
+        // WHEN the box is left with Tab
+        QTest::keyClick(box, Qt::Key_Tab);
+        QCoreApplication::processEvents();
+        // THEN a wrong length is refused and the focus comes back; otherwise the focus moves on
+        QCOMPARE(prompts->texts(), refused ? QStringList{QStringLiteral("MICR should be 9 Digit Number.")} : QStringList());
+        QCOMPARE(QApplication::focusWidget(), refused ? static_cast<QWidget*>(box) : child<QComboBox>(*form, "Combo1"));
+    }
+
+    void updateNeedsABankName()
+    {
+        // GIVEN an account typed without a bank name
+        auto form = open();
+        click(*form, "cmdadd");
+        typeAccount(*form, QStringLiteral("   "));
+        // WHEN it is updated
+        click(*form, "cmdupdate");
+        // THEN it is refused, the focus is on the name, nothing is written and the entry goes on
+        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Please Enter Bank Name.")});
+        QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Information);
+        QCOMPARE(QApplication::focusWidget(), form->txtfields().at(0));
+        QCOMPARE(stored(), QStringList());
+        QVERIFY(form->editing());
+    }
+
+    void typingIsUpperCasedAndEnterMovesOn()
+    {
+        // GIVEN an account being added, the focus in the bank name
+        auto form = open();
+        click(*form, "cmdadd");
+        QLineEdit* name = form->txtfields().at(0);
+        QCOMPARE(QApplication::focusWidget(), name);
+        // WHEN a name is typed in lower case with a quote, and Enter pressed
+        QTest::keyClicks(name, QStringLiteral("state bank's"));
+        QTest::keyClick(name, Qt::Key_Return);
+        // THEN it reads in capitals without the quote, and the focus is in the address
+        QCOMPARE(name->text(), QStringLiteral("STATE BANKS"));
+        QCOMPARE(QApplication::focusWidget(), form->txtfields().at(1));
+        QVERIFY(form->isVisible());
+    }
+
+    void escape_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("No goes on editing") << false;
+        QTest::newRow("Yes cancels the entry") << true;
+    }
+    void escape()
+    {
+        QFETCH(bool, yes);
+        // GIVEN an account being added
+        auto form = open();
+        click(*form, "cmdadd");
+        typeAccount(*form, QStringLiteral("NOT KEPT"));
+        // WHEN Escape is pressed and the question answered
+        prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
+        QTest::keyClick(form->txtfields().at(0), Qt::Key_Escape);
+        // THEN the question defaults to No; Yes ends the entry without writing, No keeps it
+        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to Cancel this Entry?")});
+        QCOMPARE(prompts->asked().front().defaultAnswer, Prompter::Answer::No);
+        QCOMPARE(form->editing(), !yes);
+        QVERIFY(form->isVisible());
+        QCOMPARE(form->txtfields().at(0)->text(), yes ? QString() : QStringLiteral("NOT KEPT"));
+        QCOMPARE(stored(), QStringList());
+        // AND Escape while viewing closes the screen without a question
+        if (yes) {
+            QTest::keyClick(grid(*form), Qt::Key_Escape);
+            QVERIFY(!form->isVisible());
+            QCOMPARE(prompts->texts().size(), 1);
+        }
+    }
+
+    void fullScreenView()
+    {
+        // GIVEN the normal view
+        seed(kYear, 2, 1);
+        auto form = open();
+        QPushButton* view = child<QPushButton>(*form, "cmdview");
+        const int normalHeight = grid(*form)->height();
+        // WHEN View Full Screen is clicked
+        click(*form, "cmdview");
+        form->layout()->activate();
+        // THEN the entry frame is hidden, the grid takes its height and the caption changes
+        QVERIFY(child<QGroupBox>(*form, "Frame2")->isHidden());
+        QVERIFY(grid(*form)->height() > normalHeight);
+        QCOMPARE(view->text(), QStringLiteral("&View Normal"));
+        // WHEN it is clicked again
+        click(*form, "cmdview");
+        form->layout()->activate();
+        // THEN the normal view is back
+        QVERIFY(!child<QGroupBox>(*form, "Frame2")->isHidden());
+        QCOMPARE(grid(*form)->height(), normalHeight);
+        QCOMPARE(view->text(), QStringLiteral("&View Full Screen"));
+    }
+
+    void micrLookup_data()
+    {
+        QTest::addColumn<QStringList>("answer");
+        QTest::addColumn<QStringList>("fields");
+        QTest::newRow("a choice fills name, address and the nine digits")
+            << QStringList{"HDFC BANK LTD", "KAMALA MILLS, LOWER PAREL", "400", "240", "015"}
+            << QStringList{"HDFC BANK LTD", "KAMALA MILLS, LOWER PAREL", "400240015"};
+        QTest::newRow("no choice changes nothing") << QStringList{"", "", "", "", ""} << QStringList{"HDFC", "", ""};
+    }
+    void micrLookup()
+    {
+        QFETCH(QStringList, answer);
+        QFETCH(QStringList, fields);
+        // GIVEN a bank information component answering so, and a bank name typed with blanks
+        FakeBankInfo::install(answer);
+        auto form = open();
+        click(*form, "cmdadd");
+        form->txtfields().at(0)->setText(QStringLiteral(" HDFC "));
+        // WHEN the MICR lookup is clicked
+        click(*form, "cmdmicr");
+        // THEN the component was asked with the trimmed name, and the fields show its answer
+        QCOMPARE(FakeBankInfo::script().calls, QStringList{QStringLiteral("GetMICR(HDFC)")});
+        QCOMPARE(FakeBankInfo::script().logFile, QStringLiteral("FBTLogger.log"));
+        const QStringList shown{form->txtfields().at(0)->text().trimmed(), form->txtfields().at(1)->text(),
+                                form->txtfields().at(2)->text()};
+        QCOMPARE(shown, fields);
+    }
+
+    void saveFailuresAreLoggedAndTheScreenGoesOn()
+    {
+        // GIVEN an account typed, and the table gone
+        auto form = open();
+        click(*form, "cmdadd");
+        typeAccount(*form, QStringLiteral("LOST BANK"));
+        (*db)->execute(QStringLiteral("drop table FBT_BankDet"));
+        // WHEN it is updated
+        click(*form, "cmdupdate");
+        // THEN the delete and the insert are logged under SAVEGRID, and the screen is viewing again
+        QCOMPARE(logContexts(), (QStringList{"frmbankdet\tSAVEGRID", "frmbankdet\tSAVEGRID"}));
+        QVERIFY(!form->editing());
+        QCOMPARE(grid(*form)->rowCount(), 1);
+    }
+
+    void showBankDetIsModal()
+    {
+        // GIVEN an account, and a user who reads the grid and leaves with Back
+        seed(kYear, 1, 1);
+        QStringList seen;
+        QTimer::singleShot(0, this, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            QVERIFY(modal);
+            seen << modal->objectName() << QString::number(child<QTableWidget>(*modal, "vsf1")->rowCount());
+            QTest::mouseClick(child<QPushButton>(*modal, "cmdback"), Qt::LeftButton);
+        });
+        // WHEN the additional information screens' entry is called
+        showBankDet(nullptr);
+        // THEN it showed frmbankdet for the context's client and year and returned once closed
+        QCOMPARE(seen, (QStringList{"frmbankdet", "1"}));
+    }
+};
+
+CORVANE_TEST_CLASS(BankAccountsScreenTest)
+#include "tst_frmbankdet.moc"

@@ -1,0 +1,260 @@
+#include "components/bankinfo/lookupimport.h"
+#include "core/failure.h"
+#include "core/progress.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+
+#include <QBuffer>
+#include <QTemporaryDir>
+
+using namespace corvane;
+using namespace corvane::bankinfo;
+using namespace corvane::test;
+
+namespace {
+
+class RecordingProgress : public Progress {
+public:
+    void setRange(int minimum, int maximum) override { range = {minimum, maximum}; }
+    void setValue(int value) override { values << value; }
+    void setText(const QString& text) override { texts << text; }
+    QPair<int, int> range;
+    QList<int> values;
+    QStringList texts;
+};
+
+const QByteArray kBankHeader = "BANK,IFSC,MICR,BRANCH,ADDRESS,CITY,DISTRICT,STATE\n";
+const QByteArray kAoHeader = "CITY,AREA CODE,AO TYPE,RANGE CODE,AO NUMBER,JURISDICTION\n";
+
+} // namespace
+
+class LookupImportTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TestDatabase> db;
+
+    ImportResult load(Kind kind, QByteArray bytes, ImportOptions options = {})
+    {
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        NullProgress quiet;
+        return importDevice(**db, kind, buffer, quiet, options, QStringLiteral("list.csv"));
+    }
+    QStringList rows(const QString& sql)
+    {
+        QStringList out;
+        for (const auto& r : (*db)->query(sql).rows) {
+            QStringList cells;
+            for (const QVariant& v : r)
+                cells << v.toString();
+            out << cells.join(QLatin1Char('|'));
+        }
+        return out;
+    }
+
+private slots:
+    void initTestCase() { db = std::make_unique<TestDatabase>(QStringLiteral("lookupimport"), false); }
+    void cleanupTestCase() { db.reset(); }
+    void init()
+    {
+        for (const QString& t : {QStringLiteral("MiscInf_Branch"), QStringLiteral("MiscInf_MICR"), QStringLiteral("MiscInf_AO")})
+            (*db)->execute(QStringLiteral("drop table if exists ") + t);
+    }
+
+    void goodFiles_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QStringList>("stored");
+        QTest::newRow("bank list as branches, BOM and Windows line ends")
+            << int(Kind::Banks)
+            << QByteArray("\xEF\xBB\xBF" "BANK,IFSC,MICR,BRANCH,ADDRESS,CITY,DISTRICT,STATE\r\n"
+                          "HDFC BANK LTD,hdfc0000060,400240015,LOWER PAREL,\"KAMALA MILLS, LOWER PAREL\",MUMBAI,MUMBAI,MAHARASHTRA\r\n"
+                          "\r\n"
+                          "STATE BANK OF INDIA,SBIN0000300,NA,NARIMAN POINT,,MUMBAI,MUMBAI,MAHARASHTRA\r\n")
+            << "select IFSC, Bank, Branch, BranchCode, MICR, Address from MiscInf_Branch order by IFSC"
+            << QStringList{"HDFC0000060|HDFC BANK LTD|LOWER PAREL|000060|400240015|KAMALA MILLS, LOWER PAREL",
+                           "SBIN0000300|STATE BANK OF INDIA|NARIMAN POINT|000300||"};
+        QTest::newRow("columns in another order and case, unknown columns ignored, a BSR code column")
+            << int(Kind::Banks)
+            << QByteArray("Branch Name,Contact,ifsc_code,Bank Name,BSR Code\n"
+                          "PARK STREET,033-1234,ICIC0000126,ICICI BANK LTD,0240126\n")
+            << "select IFSC, Bank, Branch, BranchCode from MiscInf_Branch"
+            << QStringList{"ICIC0000126|ICICI BANK LTD|PARK STREET|0240126"};
+        QTest::newRow("bank list as MICR codes")
+            << int(Kind::Micr)
+            << (kBankHeader + "INDIAN BANK,IDIB000T910,600019045,TARAMANI,TIDEL PARK ROAD,CHENNAI,CHENNAI,TAMIL NADU\n")
+            << "select MICR, Bank, Branch, Address, City, IFSC from MiscInf_MICR"
+            << QStringList{"600019045|INDIAN BANK|TARAMANI|TIDEL PARK ROAD|CHENNAI|IDIB000T910"};
+        QTest::newRow("Assessing Officer list, codes in capitals")
+            << int(Kind::Ao)
+            << (kAoHeader + "MUMBAI,mum,w,11,3,\"WARD 10(2)(1), MUMBAI\"\n")
+            << "select City, AreaCode, AoType, RangeCode, AoNo, Jurisdiction from MiscInf_AO"
+            << QStringList{"MUMBAI|MUM|W|11|3|WARD 10(2)(1), MUMBAI"};
+    }
+    void goodFiles()
+    {
+        QFETCH(int, kind);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, query);
+        QFETCH(QStringList, stored);
+        // GIVEN a list file WHEN it is imported THEN every row is stored as read, blank lines skipped
+        const ImportResult r = load(Kind(kind), bytes);
+        QCOMPARE(r.refused, QStringList());
+        QCOMPARE(r.loaded, int(stored.size()));
+        QCOMPARE(r.lines, int(stored.size()));
+        QCOMPARE(rows(query), stored);
+    }
+
+    void refusedLines_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("reason");
+        const int banks = int(Kind::Banks), micr = int(Kind::Micr), ao = int(Kind::Ao);
+        QTest::newRow("short row") << banks << QByteArray("SBI,SBIN0000001,400002001,FORT") << "line 3: has 4 values, the first line names 8 columns";
+        QTest::newRow("too many values") << banks << QByteArray("SBI,SBIN0000001,400002001,FORT,1, FORT ROAD,MUMBAI,MUMBAI,MH")
+                                         << "line 3: has 9 values, more than the 8 columns of the first line (a comma in an unquoted value?)";
+        QTest::newRow("unclosed quote") << banks << QByteArray("SBI,SBIN0000001,400002001,FORT,\"1 FORT ROAD,MUMBAI,MUMBAI,MH")
+                                        << "line 3: a quoted value is not closed";
+        QTest::newRow("no bank name") << banks << QByteArray(",SBIN0000001,400002001,FORT,,MUMBAI,MUMBAI,MH") << "line 3: BANK is empty";
+        QTest::newRow("bad IFSC") << banks << QByteArray("SBI,SBIN1000001,400002001,FORT,,MUMBAI,MUMBAI,MH")
+                                  << "line 3: IFSC 'SBIN1000001' is not four letters, a 0 and six letters or digits";
+        QTest::newRow("MICR list without MICR") << micr << QByteArray("SBI,SBIN0000001,NA,FORT,,MUMBAI,MUMBAI,MH") << "line 3: MICR 'NA' is not nine digits";
+        QTest::newRow("eight-digit MICR") << micr << QByteArray("SBI,SBIN0000001,40000200,FORT,,MUMBAI,MUMBAI,MH") << "line 3: MICR '40000200' is not nine digits";
+        QTest::newRow("too long a value") << micr << (QByteArray("SBI,SBIN0000001,400002001,") + QByteArray(101, 'F') + ",,MUMBAI,MUMBAI,MH")
+                                          << "line 3: BRANCH is longer than 100 characters";
+        QTest::newRow("area code of two letters") << ao << QByteArray("MUMBAI,MU,W,11,3,") << "line 3: AREA CODE 'MU' is not three letters";
+        QTest::newRow("AO type a digit") << ao << QByteArray("MUMBAI,MUM,1,11,3,") << "line 3: AO TYPE '1' is not one or two letters";
+        QTest::newRow("range code not a number") << ao << QByteArray("MUMBAI,MUM,W,XI,3,") << "line 3: RANGE CODE 'XI' is not a number of up to five digits";
+        QTest::newRow("no AO number") << ao << QByteArray("MUMBAI,MUM,W,11,,") << "line 3: AO NUMBER is empty";
+    }
+    void refusedLines()
+    {
+        QFETCH(int, kind);
+        QFETCH(QByteArray, line);
+        QFETCH(QString, reason);
+        // GIVEN a good line, a bad one and another good one
+        const bool isAo = Kind(kind) == Kind::Ao;
+        const QByteArray good1 = isAo ? "CHENNAI,CHE,C,1,1,CIRCLE 1(1)" : "HDFC BANK LTD,HDFC0000060,400240015,LOWER PAREL,,MUMBAI,MUMBAI,MH";
+        const QByteArray good2 = isAo ? "CHENNAI,CHE,W,2,3,WARD 2(3)" : "HDFC BANK LTD,HDFC0000061,400240016,WORLI,,MUMBAI,MUMBAI,MH";
+        // WHEN the file is imported
+        const ImportResult r = load(Kind(kind), (isAo ? kAoHeader : kBankHeader) + good1 + "\n" + line + "\n" + good2 + "\n");
+        // THEN the bad line alone is refused, with its number and why, and the others load
+        QCOMPARE(r.refused, QStringList{reason});
+        QCOMPARE(r.loaded, 2);
+        QCOMPARE(r.lines, 3);
+    }
+
+    void wrongColumns_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("AO list given as bank list") << int(Kind::Banks) << (kAoHeader + "MUMBAI,MUM,W,11,3,\n")
+            << "list.csv cannot be read as the bank branch list: its first line (line 1) lacks the columns IFSC, BANK, BRANCH; it names CITY, AREA CODE, AO TYPE, RANGE CODE, AO NUMBER, JURISDICTION";
+        QTest::newRow("no header line") << int(Kind::Micr) << QByteArray("SBI,SBIN0000001,400002001,FORT\n")
+            << "list.csv cannot be read as the MICR list: its first line (line 1) lacks the columns MICR, BANK, BRANCH; it names SBI, SBIN0000001, 400002001, FORT";
+        QTest::newRow("one column missing") << int(Kind::Ao) << QByteArray("\nCITY,AREA CODE,AO TYPE,RANGE CODE\n")
+            << "list.csv cannot be read as the Assessing Officer list: its first line (line 2) lacks the column AO NUMBER; it names CITY, AREA CODE, AO TYPE, RANGE CODE";
+        QTest::newRow("empty file") << int(Kind::Banks) << QByteArray("\r\n\r\n")
+            << "list.csv is empty: its first line must name the columns IFSC, BANK, BRANCH (also read when present: BSR CODE, MICR, ADDRESS, CITY, DISTRICT, STATE)";
+    }
+    void wrongColumns()
+    {
+        QFETCH(int, kind);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, message);
+        // GIVEN a list already holding a row
+        load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,400002001,FORT,,MUMBAI,MUMBAI,MH\n");
+        load(Kind::Micr, kBankHeader + "SBI,SBIN0000001,400002001,FORT,,MUMBAI,MUMBAI,MH\n");
+        load(Kind::Ao, kAoHeader + "MUMBAI,MUM,W,11,3,\n");
+        // WHEN a file with the wrong columns is imported, even to replace the list
+        QString thrown;
+        try {
+            load(Kind(kind), bytes, ImportOptions{true, 1000});
+        } catch (const Failure& f) {
+            thrown = f.description();
+        }
+        // THEN it is refused as a whole with what is missing, and the list keeps its row
+        QCOMPARE(thrown, message);
+        QCOMPARE((*db)->query(QStringLiteral("select count(*) from %1").arg(tableDef(Kind(kind)).name)).rows.first().first().toInt(), 1);
+    }
+
+    void aKeyAlreadyPresentIsReplaced()
+    {
+        // GIVEN a branch list with two branches
+        load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,,FORT,,MUMBAI,,\nSBI,SBIN0000002,,WORLI,,MUMBAI,,\n");
+        // WHEN a file with one of them renamed and one new is imported
+        const ImportResult r = load(Kind::Banks, kBankHeader + "SBI,SBIN0000002,,WORLI NAKA,,MUMBAI,,\nSBI,SBIN0000003,,DADAR,,MUMBAI,,\n");
+        // THEN the list holds three, the renamed one once with its new name
+        QCOMPARE(r.loaded, 2);
+        QCOMPARE(rows(QStringLiteral("select IFSC, Branch from MiscInf_Branch order by IFSC")),
+                 (QStringList{"SBIN0000001|FORT", "SBIN0000002|WORLI NAKA", "SBIN0000003|DADAR"}));
+    }
+
+    void replaceEmptiesTheListOnlyForARowToLoad()
+    {
+        load(Kind::Ao, kAoHeader + "MUMBAI,MUM,W,11,3,\nMUMBAI,MUM,W,11,4,\n");
+        // GIVEN a replacing import of a file whose every line is refused
+        ImportResult r = load(Kind::Ao, kAoHeader + "MUMBAI,MU,W,11,3,\n", ImportOptions{true, 1000});
+        // THEN the list keeps its rows
+        QCOMPARE(r.loaded, 0);
+        QCOMPARE(rows(QStringLiteral("select AoNo from MiscInf_AO order by AoNo")), (QStringList{"3", "4"}));
+        // WHEN a replacing import has a good row THEN the list holds only the file's rows
+        r = load(Kind::Ao, kAoHeader + "CHENNAI,CHE,C,1,1,\n", ImportOptions{true, 1000});
+        QCOMPARE(rows(QStringLiteral("select City, AoNo from MiscInf_AO")), QStringList{"CHENNAI|1"});
+    }
+
+    void aHundredThousandRows()
+    {
+        // GIVEN a file of 100,000 branches and two bad lines, in a real file
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("branches.csv"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(kBankHeader);
+        for (int i = 0; i < 100000; ++i) {
+            file.write(QStringLiteral("BANK %1,ABCD0%2,%3,BRANCH %1,\"%1 MAIN ROAD, WARD %4\",CITY %4,DISTRICT %4,STATE %5\r\n")
+                           .arg(i % 90)
+                           .arg(i, 6, 10, QLatin1Char('0'))
+                           .arg(100000000 + i)
+                           .arg(i % 700)
+                           .arg(i % 36)
+                           .toLatin1());
+            if (i == 500 || i == 99000)
+                file.write("BANK X,NOT-AN-IFSC,,BRANCH\r\n");
+        }
+        file.close();
+        // WHEN it is imported in batches
+        RecordingProgress progress;
+        const ImportResult r = importFile(**db, Kind::Banks, path, progress);
+        // THEN every good row is in the table, both bad lines are named, and progress ran from 0 to 100
+        QCOMPARE(r.loaded, 100000);
+        QCOMPARE(r.refused, (QStringList{"line 503: has 4 values, the first line names 8 columns",
+                                         "line 99004: has 4 values, the first line names 8 columns"}));
+        QCOMPARE((*db)->query(QStringLiteral("select count(*), count(distinct IFSC) from MiscInf_Branch")).rows.first(),
+                 (QVector<QVariant>{100000, 100000}));
+        QCOMPARE(progress.range, qMakePair(0, 100));
+        QCOMPARE(progress.values.first(), 0);
+        QCOMPARE(progress.values.last(), 100);
+        QVERIFY(progress.values.size() > 10);
+        QVERIFY(std::is_sorted(progress.values.begin(), progress.values.end()));
+    }
+
+    void missingFile()
+    {
+        NullProgress quiet;
+        QString thrown;
+        try {
+            importFile(**db, Kind::Ao, QStringLiteral("/nonexistent/ao.csv"), quiet);
+        } catch (const Failure& f) {
+            thrown = f.description();
+        }
+        QCOMPARE(thrown, QStringLiteral("/nonexistent/ao.csv: no such file"));
+    }
+};
+
+CORVANE_TEST_CLASS(LookupImportTest)
+#include "tst_lookupimport.moc"

@@ -1,0 +1,322 @@
+#include "core/chooser.h"
+#include "core/conversions.h"
+#include "core/failure.h"
+#include "core/modbase.h"
+#include "support/testlog.h"
+#include "support/testmain.h"
+
+#include <QTemporaryDir>
+
+using namespace corvane;
+
+class ConversionsTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir appDir_;
+
+private slots:
+    void init()
+    {
+        resetModbase();
+        modbase().AppPath = appDir_.path();
+        QFile::remove(logFilePath());
+        // Today is in the financial year 2010-11.
+        modbase().clock = [] { return QDateTime(QDate(2010, 6, 1), QTime(10, 0)); };
+    }
+
+    void convertToWord_data()
+    {
+        QTest::addColumn<QString>("amount");
+        QTest::addColumn<QString>("words");
+        QTest::addColumn<int>("logged");
+
+        QTest::newRow("zero") << "0" << "Nil" << 0;
+        QTest::newRow("paisa only") << "0.50" << "Fifty Paisa" << 0;
+        QTest::newRow("one rupee") << "1" << "One Rupee Only" << 0;
+        QTest::newRow("one rupee and paisa") << "1.50" << "One Rupee And Fifty Paisa Only" << 0;
+        QTest::newRow("lac") << "100000" << "One Lac Only" << 0;
+        QTest::newRow("crore") << "10000000" << "One Crore Only" << 0;
+        QTest::newRow("thousand one") << "1001" << "One Thousand One Only" << 0;
+        QTest::newRow("no And inside hundreds") << "101" << "One Hundred One Only" << 0;
+        QTest::newRow("half point") << "12.5" << "Twelve And Fifty Paisa Only" << 0;
+        QTest::newRow("Indian grouping") << "1234567" << "Twelve Lac Thirty Four Thousand Five Hundred Sixty Seven Only" << 0;
+        QTest::newRow("five paisa") << "250.05" << "Two Hundred Fifty And Five Paisa Only" << 0;
+        QTest::newRow("third decimal dropped") << ".567" << "Fifty Six Paisa" << 0;
+        QTest::newRow("point without decimals") << "12." << "Twelve Only" << 0;
+        QTest::newRow("teens and tens") << "11020" << "Eleven Thousand Twenty Only" << 0;
+        QTest::newRow("largest with names") << "999999999"
+                                            << "Ninety Nine Crore Ninety Nine Lac Ninety Nine Thousand Nine Hundred Ninety Nine Only" << 0;
+        QTest::newRow("blanks around") << "  42  " << "Forty Two Only" << 0;
+
+        // One hundred crore and more: each higher group fails, is logged and is dropped.
+        QTest::newRow("hundred crore") << "1000000000" << "Nil" << 1;
+        QTest::newRow("fifth group dropped")
+            << "1234567891" << "Twenty Three Crore Forty Five Lac Sixty Seven Thousand Eight Hundred Ninety One Only" << 1;
+        QTest::newRow("forty digits") << QStringLiteral("1234567890").repeated(4)
+                                      << "Twenty Three Crore Forty Five Lac Sixty Seven Thousand Eight Hundred Ninety Only" << 16;
+        QTest::newRow("only higher groups with words fail") << "10000000000000" << "Nil" << 1;
+
+        // Odd input gives what the steps give, without failing.
+        QTest::newRow("empty") << "" << "Nil" << 0;
+        QTest::newRow("letters") << "abc" << "Nil" << 0;
+        QTest::newRow("negative") << "-5" << "Five Only" << 0;
+        QTest::newRow("exponent") << "1e5" << "One Hundred Five Only" << 0;
+        QTest::newRow("two points") << "12.3.4" << "Twelve And Thirty Paisa Only" << 0;
+    }
+
+    void convertToWord()
+    {
+        QFETCH(QString, amount);
+        QFETCH(QString, words);
+        QFETCH(int, logged);
+        int dropped = -1;
+        QCOMPARE(ConvertToWord(amount, &dropped), words);
+        QCOMPARE(dropped, logged);
+        const QStringList contexts = test::logContexts();
+        QCOMPARE(contexts.size(), logged);
+        for (const QString& context : contexts)
+            QCOMPARE(context, QStringLiteral("CLSMAIN\tCONVERTTOWORD"));
+    }
+
+    void helpers_data()
+    {
+        QTest::addColumn<QString>("helper");
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("words");
+
+        QTest::newRow("tens 21") << "tens" << "21" << "Twenty One";
+        QTest::newRow("tens 20") << "tens" << "20" << "Twenty";
+        QTest::newRow("tens 05") << "tens" << "05" << "Five";
+        QTest::newRow("tens 00") << "tens" << "00" << "";
+        QTest::newRow("tens lone 1") << "tens" << "1" << "";
+        QTest::newRow("hundreds 105") << "hundreds" << "105" << "One Hundred Five";
+        QTest::newRow("hundreds 250") << "hundreds" << "250" << "Two Hundred Fifty";
+        QTest::newRow("hundreds 007") << "hundreds" << "007" << "Seven";
+        QTest::newRow("hundreds 000") << "hundreds" << "000" << "";
+        QTest::newRow("digit 0") << "digit" << "0" << "";
+        QTest::newRow("digit empty") << "digit" << "" << "";
+    }
+
+    void helpers()
+    {
+        QFETCH(QString, helper);
+        QFETCH(QString, input);
+        QFETCH(QString, words);
+        const QString result = helper == QLatin1String("tens")       ? ConvertTens(input)
+                             : helper == QLatin1String("hundreds") ? ConvertHundreds(input)
+                                                                    : ConvertDigit(input);
+        QCOMPARE(result, words);
+    }
+
+    void validPan_data()
+    {
+        QTest::addColumn<QString>("pan");
+        QTest::addColumn<bool>("valid");
+
+        QTest::newRow("empty") << "" << true;
+        QTest::newRow("well formed") << "ABCDE1234F" << true;
+        QTest::newRow("ten capitals") << "ABCDEFGHIJ" << true;
+        QTest::newRow("digit last") << "ABCDE12345" << false;
+        QTest::newRow("short") << "ABCD" << false;
+        QTest::newRow("nine") << "ABCDE1234" << false;
+        QTest::newRow("eleven") << "ABCDE1234FG" << false;
+        QTest::newRow("small letters") << "abcde1234f" << false;
+        QTest::newRow("small last") << "ABCDE1234f" << false;
+        QTest::newRow("digit in letters") << "ABCD11234F" << false;
+        QTest::newRow("letter in digits") << "ABCDE123AF" << false;
+        QTest::newRow("blank") << "ABCDE1234 " << false;
+        QTest::newRow("accented capital") << QStringLiteral("\u00C4BCDE1234F") << false;
+        QTest::newRow("full-width digits") << QStringLiteral("ABCDE\uFF11\uFF12\uFF13\uFF14F") << false;
+    }
+
+    void validPan()
+    {
+        QFETCH(QString, pan);
+        QFETCH(bool, valid);
+        QCOMPARE(ValidPan(pan), valid);
+    }
+
+    void convertDate_data()
+    {
+        QTest::addColumn<QString>("dt");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("yrBefore");
+        QTest::addColumn<int>("tyear");
+        QTest::addColumn<QString>("result");
+        QTest::addColumn<QString>("yrAfter");
+
+        const QString f = QStringLiteral("dd/MM/yyyy");
+        QTest::newRow("points, January") << "5.1.8" << f << "2009" << 0 << "05/01/2008" << "2009";
+        QTest::newRow("April takes the year before") << "15/4/8" << f << "2009" << 0 << "15/04/2008" << "2008";
+        QTest::newRow("no such day") << "31/02/2008" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("beyond 2029 goes back a century") << "12/05/35" << f << "2009" << 0 << "12/05/1935" << "2008";
+        QTest::newRow("decade not taken from the year") << "1/1/8" << f << "2015" << 0 << "01/01/2008" << "2015";
+        QTest::newRow("two-digit year") << "1/1/18" << f << "2015" << 0 << "01/01/2018" << "2015";
+        QTest::newRow("four-digit year leaves the variable") << "5-1-2008" << f << "2011" << 0 << "05/01/2008" << "2011";
+        QTest::newRow("no year takes the variable") << "5/1" << f << "2009" << 0 << "05/01/2009" << "2009";
+        QTest::newRow("no year, April") << "5/4" << f << "2009" << 0 << "05/04/2008" << "2008";
+        QTest::newRow("empty variable takes TYear") << "15/4/8" << f << "" << 2009 << "15/04/2008" << "2008";
+        QTest::newRow("empty variable, no TYear: today") << "15/1/8" << f << "" << 0 << "15/01/2008" << "2010";
+        QTest::newRow("short variable") << "5/1/8" << f << "9" << 0 << "05/01/1998" << "9";
+        QTest::newRow("three-digit year, four digits shown") << "5/5" << f << "555" << 0 << "05/05/0554" << "554";
+        QTest::newRow("not a leap year") << "29/02/2009" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("April has 30 days") << "31/04/08" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("words") << "abc" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("empty") << "" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("month first is not read") << "12/31/2008" << f << "2009" << 0 << "" << "2009";
+        QTest::newRow("trailing blank") << "5/1/8 " << f << "2009" << 0 << "05/01/2008" << "2009";
+        QTest::newRow("dashes in the format") << "5/1/8" << "dd-MM-yyyy" << "2009" << 0 << "05-01-2008" << "2009";
+        QTest::newRow("short year format") << "5/1/2008" << "dd/MM/yy" << "2009" << 0 << "05/01/08" << "2009";
+        // The third and sixth characters are the format's: a format of another shape spoils the date.
+        QTest::newRow("year first format") << "5/1/2008" << "yyyy-MM-dd" << "2009" << 0 << "" << "2009";
+    }
+
+    void convertDate()
+    {
+        QFETCH(QString, dt);
+        QFETCH(QString, format);
+        QFETCH(QString, yrBefore);
+        QFETCH(int, tyear);
+        QFETCH(QString, result);
+        QFETCH(QString, yrAfter);
+        modbase().TYear = qint16(tyear);
+        QString yr = yrBefore;
+        QCOMPARE(ConvertDate(dt, format, yr), result);
+        QCOMPARE(yr, yrAfter);
+        QVERIFY(test::logLines().isEmpty());
+    }
+
+    void convertDate_decrementsTheCallersVariableEachTime()
+    {
+        QString yr = QStringLiteral("2009");
+        QCOMPARE(ConvertDate(QStringLiteral("15/4/8"), QStringLiteral("dd/MM/yyyy"), yr), QStringLiteral("15/04/2008"));
+        QCOMPARE(yr, QStringLiteral("2008"));
+        QCOMPARE(ConvertDate(QStringLiteral("15/4/8"), QStringLiteral("dd/MM/yyyy"), yr), QStringLiteral("15/04/2008"));
+        QCOMPARE(yr, QStringLiteral("2007"));
+    }
+
+    void convertDate_logsADateItCannotBuild()
+    {
+        // A year variable that is no number becomes -1: the year -18 cannot be built.
+        QString yr = QStringLiteral("abc");
+        QCOMPARE(ConvertDate(QStringLiteral("15/4/8"), QStringLiteral("dd/MM/yyyy"), yr), QString());
+        QCOMPARE(yr, QStringLiteral("-1"));
+        QCOMPARE(test::logContexts(), QStringList{QStringLiteral("CLSMAIN\tCONVERTDATE")});
+    }
+
+    void convertDate_logsAFormatTooShortForItsSeparators()
+    {
+        QString yr = QStringLiteral("2009");
+        QCOMPARE(ConvertDate(QStringLiteral("5/1/2008"), QStringLiteral("d/M"), yr), QString());
+        QCOMPARE(test::logContexts(), QStringList{QStringLiteral("CLSMAIN\tCONVERTDATE")});
+    }
+
+    void isDayFirstDate_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("date");
+
+        QTest::newRow("full") << "05/01/2008" << true;
+        QTest::newRow("dashes, short year") << "5-1-08" << true;
+        QTest::newRow("mixed separators") << "5/1-08" << true;
+        QTest::newRow("leap day") << "29/02/2008" << true;
+        QTest::newRow("no leap day") << "29/02/2009" << false;
+        QTest::newRow("day and month") << "1/2" << true;
+        QTest::newRow("blanks around") << " 5/1/2008 " << true;
+        QTest::newRow("month 13") << "13/13/2008" << false;
+        QTest::newRow("day 0") << "0/1/2008" << false;
+        QTest::newRow("year first") << "2008/01/05" << false;
+        QTest::newRow("points") << "05.01.2008" << false;
+        QTest::newRow("four parts") << "5/1/8/9" << false;
+        QTest::newRow("empty part") << "5//2008" << false;
+        QTest::newRow("letters") << "a/1/2008" << false;
+        QTest::newRow("month name") << "5 Jan 2008" << false;
+        QTest::newRow("three-digit year before 100") << "5/1/099" << false;
+        QTest::newRow("three-digit year") << "5/1/999" << true;
+        QTest::newRow("five-digit year") << "5/1/10000" << false;
+        QTest::newRow("lone number") << "5" << false;
+    }
+
+    void isDayFirstDate()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, date);
+        QCOMPARE(corvane::isDayFirstDate(text, 2010), date);
+    }
+
+    void dateSerial_data()
+    {
+        QTest::addColumn<double>("year");
+        QTest::addColumn<double>("month");
+        QTest::addColumn<double>("day");
+        QTest::addColumn<QDate>("date");
+
+        QTest::newRow("plain") << 2008.0 << 1.0 << 5.0 << QDate(2008, 1, 5);
+        QTest::newRow("day overflows") << 2008.0 << 2.0 << 31.0 << QDate(2008, 3, 2);
+        QTest::newRow("month overflows") << 2008.0 << 13.0 << 1.0 << QDate(2009, 1, 1);
+        QTest::newRow("month 0") << 2008.0 << 0.0 << 1.0 << QDate(2007, 12, 1);
+        QTest::newRow("day 0") << 2008.0 << 3.0 << 0.0 << QDate(2008, 2, 29);
+        QTest::newRow("year 8") << 8.0 << 1.0 << 5.0 << QDate(2008, 1, 5);
+        QTest::newRow("year 35") << 35.0 << 1.0 << 1.0 << QDate(1935, 1, 1);
+        QTest::newRow("year -18") << -18.0 << 1.0 << 1.0 << QDate();
+        QTest::newRow("year 99999") << 99999.0 << 1.0 << 1.0 << QDate();
+        QTest::newRow("past 9999") << 9999.0 << 13.0 << 1.0 << QDate();
+    }
+
+    void dateSerial()
+    {
+        QFETCH(double, year);
+        QFETCH(double, month);
+        QFETCH(double, day);
+        QFETCH(QDate, date);
+        if (date.isValid())
+            QCOMPARE(corvane::dateSerial(year, month, day), date);
+        else
+            QVERIFY_THROWS_EXCEPTION(Failure, corvane::dateSerial(year, month, day));
+    }
+
+    void formatDate_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("screens") << "dd/MM/yyyy" << "05/01/2008";
+        QTest::newRow("short") << "d/m/yy" << "5/1/08";
+        QTest::newRow("names") << "dddd, d mmmm yyyy" << "Saturday, 5 January 2008";
+        QTest::newRow("short names") << "ddd MMM" << "Sat Jan";
+        QTest::newRow("literal text") << "\"on\" dd \\d" << "on 05 d";
+    }
+
+    void formatDate()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, text);
+        QCOMPARE(corvane::formatDate(QDate(2008, 1, 5), format), text);
+    }
+
+    void getDirPath_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("path");
+
+        QTest::newRow("chosen") << "/home/clerk/backups" << "/home/clerk/backups";
+        QTest::newRow("cancelled") << "" << "";
+        QTest::newRow("cut at NUL") << QStringLiteral("/srv/a") + QChar(0) + QStringLiteral("junk") << "/srv/a";
+    }
+
+    void getDirPath()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QString, path);
+        auto chooser = std::make_shared<ScriptedChooser>();
+        chooser->then(answer);
+        modbase().chooser = chooser;
+        modbase().vTmpPath = QStringLiteral("/tmp/corvane/");
+        QCOMPARE(GetDirPath(), path);
+        QCOMPARE(chooser->titles(), QStringList{QStringLiteral("/tm")});
+        QVERIFY(test::logLines().isEmpty());
+    }
+};
+
+CORVANE_TEST_CLASS(ConversionsTest)
+#include "conversionstest.moc"
