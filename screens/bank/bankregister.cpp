@@ -2,6 +2,7 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
+#include "core/textnumbers.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
 #include "screens/bank/bankconnection.h"
@@ -13,59 +14,6 @@ namespace corvane {
 
 namespace {
 constexpr long kOverflow = 6;
-}
-
-double Val(const QString& text)
-{
-    QString digits;
-    bool seenDigit = false, seenPoint = false, seenExponent = false;
-    int i = 0;
-    const int n = int(text.size());
-    auto skipBlanks = [&] {
-        while (i < n && (text.at(i) == QLatin1Char(' ') || text.at(i) == QLatin1Char('\t')))
-            ++i;
-    };
-    skipBlanks();
-    if (i < n && (text.at(i) == QLatin1Char('-') || text.at(i) == QLatin1Char('+')))
-        digits += text.at(i++);
-    for (; i < n; ++i) {
-        const QChar c = text.at(i);
-        if (c == QLatin1Char(' ') || c == QLatin1Char('\t'))
-            continue;
-        if (c.isDigit() && c.unicode() < 128) {
-            digits += c;
-            seenDigit = true;
-        } else if (c == QLatin1Char('.') && !seenPoint && !seenExponent) {
-            digits += c;
-            seenPoint = true;
-        } else if ((c == QLatin1Char('e') || c == QLatin1Char('E')) && seenDigit && !seenExponent) {
-            QString exponent = QStringLiteral("e");
-            int j = i + 1;
-            if (j < n && (text.at(j) == QLatin1Char('-') || text.at(j) == QLatin1Char('+')))
-                exponent += text.at(j++);
-            if (j < n && text.at(j).isDigit()) {
-                digits += exponent;
-                seenExponent = true;
-                i = j - 1;
-            } else {
-                break;
-            }
-        } else {
-            break;
-        }
-    }
-    if (!seenDigit)
-        return 0.0;
-    bool ok = false;
-    const double value = digits.toDouble(&ok);
-    return ok && std::isfinite(value) ? value : 0.0;
-}
-
-QString numberText(double value)
-{
-    if (value == std::floor(value) && std::fabs(value) < 1e15)
-        return QString::number(qint64(value));
-    return QString::number(value, 'g', 15);
 }
 
 void BankRegister::open(ResumeNext& guard)
@@ -162,7 +110,7 @@ std::optional<qint16> BankRegister::nextCode(ResumeNext& guard)
 
 void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guard)
 {
-    const QString code = numberText(Val(fields.value(0)));
+    const QString code = numberText(valueOf(fields.value(0)));
     int remembered = 0;
     if (adding) {
         guard([&] {

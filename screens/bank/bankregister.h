@@ -50,10 +50,5 @@ private:
     Recordset rs_;
 };
 
-// The number at the start of a text as the original run-time read it: blanks
-// are skipped, anything else ends the number, no number gives 0.
-double Val(const QString& text);
-// A number as SQL text: whole numbers without a decimal point.
-QString numberText(double value);
 
 } // namespace corvane

@@ -1,9 +1,9 @@
-#include "screens/bank/bankregister.h"
+#include "core/textnumbers.h"
 #include "support/testmain.h"
 
 using namespace corvane;
 
-// The code box is written with Val: the number at its start, else 0.
+// Numbers read from typed text (the bank code box among others): the number at its start, else 0.
 class ValTest : public QObject {
     Q_OBJECT
 private slots:
@@ -27,9 +27,9 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(QString, sql);
-        QCOMPARE(numberText(Val(text)), sql);
+        QCOMPARE(numberText(valueOf(text)), sql);
     }
 };
 
 CORVANE_TEST_CLASS(ValTest)
-#include "tst_val.moc"
+#include "textnumberstest.moc"
