@@ -1,5 +1,5 @@
 # Installation and the Debian package: the application folder
-# /opt/ORV Softworks/FBT (FBT, corvane, libcorvane.so, Data/), the corvane
+# /opt/ORV Softworks/FBT (FBT, corvane, libcorvane.so, Data/, demo/), the corvane
 # command on the PATH, a menu entry and its icon.
 set(FBT_APP_DIR "opt/ORV Softworks/FBT")
 
@@ -8,6 +8,7 @@ install(TARGETS FBT corvane_cli corvane
     LIBRARY DESTINATION "${FBT_APP_DIR}")
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/data/Data/ DESTINATION "${FBT_APP_DIR}/Data"
     PATTERN ".keep" EXCLUDE)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/data/demo/ DESTINATION "${FBT_APP_DIR}/demo")
 
 # corvane on the PATH; /proc/self/exe resolves the link, so it still finds its application folder.
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/packaging)

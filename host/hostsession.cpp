@@ -1,5 +1,6 @@
 #include "host/hostsession.h"
 
+#include "components/bankinfo/lookupimport.h"
 #include "core/clsmain.h"
 #include "core/inifile.h"
 #include "core/modbase.h"
@@ -111,6 +112,10 @@ bool HostSession::prepareDatabase(Connection& connection, bool offerDemo)
         return true;
     const QString demo = failureText([&] {
         schema::loadDemoData(connection);
+        // The bank and Assessing Officer lookups have demo lists of their own, shipped beside the program.
+        const QString folder = bankinfo::findDemoFolder(appPath_);
+        if (!folder.isEmpty())
+            bankinfo::loadDemoLists(connection, folder);
         connection.execute(QStringLiteral("flush tables"));
     });
     if (!demo.isEmpty())

@@ -1,6 +1,7 @@
 #include "hostfixture.h"
 #include "widgets.h"
 
+#include "components/bankinfo/bankinfostore.h"
 #include "core/inifile.h"
 #include "db/connection.h"
 #include "host/assessmentyears.h"
@@ -58,8 +59,12 @@ private slots:
         QFETCH(int, clients);
         QFETCH(QString, code);
         QFETCH(int, year);
-        // GIVEN a configured database without tables
+        // GIVEN a configured database without tables, and the demo lists in the application folder
         HostFixture f(QStringLiteral("st_first"), false);
+        const QDir shipped(qEnvironmentVariable("CORVANE_SOURCE_DIR") + "/data/demo");
+        QDir().mkpath(f.db.appPath() + "/demo");
+        for (const QString& file : shipped.entryList({"*.csv"}, QDir::Files))
+            QVERIFY(QFile::copy(shipped.filePath(file), f.db.appPath() + "/demo/" + file));
         f.answers->then(accept ? Prompter::Answer::Yes : Prompter::Answer::No);
         // WHEN the host starts
         QVERIFY(f.start());
@@ -74,6 +79,9 @@ private slots:
         QCOMPARE(f.answers->asked().front().buttons, Prompter::Buttons::YesNo);
         QVERIFY(f.answers->texts().first().contains("demo"));
         QCOMPARE(f.db.count("FBT_Info"), clients);
+        bankinfo::BankInfoStore lookups(*f.db);
+        QCOMPARE(lookups.count(bankinfo::Kind::Banks) > 0, accept);
+        QCOMPARE(lookups.count(bankinfo::Kind::Ao) > 0, accept);
         // AND the component context is filled in: connection, folders, client, year, screen
         QVERIFY(f.cls.CnnObj() && f.cls.CnnObj()->isOpen());
         QCOMPARE(f.cls.CnnObj()->databaseName(), f.db.name());
