@@ -1,0 +1,109 @@
+#include "host/connectiondialog.h"
+
+#include "ui_connectiondialog.h"
+
+#include "core/prompter.h"
+#include "host/connectionconfig.h"
+#include "host/failuretext.h"
+
+#include <QAbstractButton>
+#include <QIntValidator>
+#include <QKeyEvent>
+
+namespace corvane::host {
+
+ConnectionDialog::ConnectionDialog(const ConnectionSettings& current, Tester tester, const QString& reason, QWidget* parent)
+    : QDialog(parent)
+    , ui(new Ui::frmconnect)
+    , tester_(std::move(tester))
+{
+    ui->setupUi(this);
+    ui->txtport->setValidator(new QIntValidator(1, 65535, ui->txtport));
+    ui->lblreason->setVisible(!reason.isEmpty());
+    ui->lblreason->setText(QStringLiteral("The last attempt failed: %1").arg(reason));
+    ui->lblfile->setText(QStringLiteral("Kept in %1, readable by you only.").arg(connectionconfig::file()));
+
+    ui->optprivate->setChecked(current.privateServer);
+    ui->optserver->setChecked(!current.privateServer);
+    if (!current.privateServer) {
+        ui->txtserver->setText(current.server);
+        ui->txtport->setText(current.port > 0 ? QString::number(current.port) : QString());
+        ui->txtsocket->setText(current.socket);
+        ui->txtuser->setText(current.user);
+        ui->txtpassword->setText(current.password);
+    }
+    ui->txtdatabase->setText(current.database);
+
+    connect(ui->optprivate, &QRadioButton::toggled, this, &ConnectionDialog::optserver_Click);
+    connect(ui->cmdok, &QPushButton::clicked, this, &ConnectionDialog::cmdok_Click);
+    connect(ui->cmdcancel, &QPushButton::clicked, this, &QDialog::reject);
+    optserver_Click();
+}
+
+ConnectionDialog::~ConnectionDialog()
+{
+    delete ui;
+}
+
+ConnectionSettings ConnectionDialog::settings() const
+{
+    ConnectionSettings s;
+    s.privateServer = ui->optprivate->isChecked();
+    s.database = ui->txtdatabase->text().trimmed();
+    if (s.database.isEmpty())
+        s.database = QStringLiteral("fbt");
+    if (!s.privateServer) {
+        s.server = ui->txtserver->text().trimmed();
+        s.port = ui->txtport->text().toInt();
+        s.socket = ui->txtsocket->text().trimmed();
+        s.user = ui->txtuser->text().trimmed();
+        s.password = ui->txtpassword->text();
+    }
+    return s;
+}
+
+void ConnectionDialog::optserver_Click()
+{
+    ui->fraserver->setEnabled(ui->optserver->isChecked());
+}
+
+void ConnectionDialog::cmdok_Click()
+{
+    const ConnectionSettings s = settings();
+    if (!s.privateServer && s.server.isEmpty() && s.socket.isEmpty()) {
+        prompter().inform(QStringLiteral("Enter the name of the database server, or its socket."), Prompter::Icon::Exclamation);
+        ui->txtserver->setFocus();
+        return;
+    }
+    const QString reason = tester_ ? tester_(s) : QString();
+    if (!reason.isEmpty()) {
+        prompter().inform(QStringLiteral("Cannot connect to %1:\n\n%2\n\nCorrect the settings and try again.")
+                              .arg(s.privateServer ? QStringLiteral("the private server of the application folder") : s.describe(), reason),
+                          Prompter::Icon::Critical);
+        if (s.privateServer)
+            ui->optprivate->setFocus();
+        else
+            ui->txtserver->setFocus();
+        return;
+    }
+    const QString failed = failureText([&] { connectionconfig::save(s); });
+    if (!failed.isEmpty()) {
+        prompter().inform(QStringLiteral("The settings could not be kept:\n\n%1").arg(failed), Prompter::Icon::Critical);
+        return;
+    }
+    accept();
+}
+
+void ConnectionDialog::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()); button && !qobject_cast<QRadioButton*>(button))
+            button->click();
+        else
+            focusNextChild();
+        return;
+    }
+    QDialog::keyPressEvent(event);
+}
+
+} // namespace corvane::host

@@ -1,0 +1,326 @@
+#include "hostfixture.h"
+#include "widgets.h"
+
+#include "host/clientdialog.h"
+#include "host/clientservice.h"
+#include "host/mainwindow.h"
+#include "support/testmain.h"
+
+#include <QFile>
+#include <QLabel>
+
+using namespace corvane;
+using namespace corvane::host;
+using namespace corvane::test;
+
+namespace {
+
+// The values of every FBT_Info column of a client, in table order.
+QStringList infoRow(const TestDatabase& db, const QString& code)
+{
+    const auto rows = db->query(QStringLiteral("Select * from FBT_Info where Code_No='%1'").arg(code)).rows;
+    QStringList values;
+    if (!rows.isEmpty())
+        for (const QVariant& v : rows.first())
+            values << (v.isNull() ? QStringLiteral("NULL") : v.toString());
+    return values;
+}
+
+QString natureText(const TestDatabase& db, int srNo)
+{
+    return db.scalar(QStringLiteral("Select NatDesc from FBT_Nature where SrNo=%1").arg(srNo));
+}
+
+void tick(QObject* dialog, const QString& description)
+{
+    auto* list = control<QListWidget>(dialog, QStringLiteral("lstnature"));
+    const auto items = list->findItems(description, Qt::MatchExactly);
+    QVERIFY(!items.isEmpty());
+    items.first()->setCheckState(Qt::Checked);
+}
+
+// Fills the dialog with a complete client.
+void fillComplete(QObject* dialog, const TestDatabase& db)
+{
+    typeInto(dialog, "txtcode", "g007");
+    typeInto(dialog, "txtname", "GANGA EXPORTS");
+    typeInto(dialog, "txtpan", "aagfg1234h");
+    auto* status = control<QComboBox>(dialog, "cbostatus");
+    status->setCurrentIndex(status->findText("Partnership Firm"));
+    typeInto(dialog, "txtdoi", "5.6.1999");
+    typeInto(dialog, "txtflat", "14");
+    typeInto(dialog, "txtbuilding", "GANGA NIWAS");
+    typeInto(dialog, "txtstreet", "MG ROAD");
+    typeInto(dialog, "txtarea", "CIVIL LINES");
+    typeInto(dialog, "txtcity", "KANPUR");
+    typeInto(dialog, "txtpin", "208001");
+    control<QComboBox>(dialog, "cbostate")->setEditText("Uttar Pradesh");
+    typeInto(dialog, "txtstd", "0512");
+    typeInto(dialog, "txttelno", "2301234");
+    typeInto(dialog, "txtemail", "accounts@ganga.example");
+    tick(dialog, natureText(db, 5));
+    tick(dialog, natureText(db, 2));
+}
+
+} // namespace
+
+// Adding, changing, recoding and deleting clients through the client master.
+class ClientMasterTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void addedClientIsStoredWholeAndListed()
+    {
+        // GIVEN the main window on a database without clients
+        HostFixture f(QStringLiteral("cm_add"));
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        bool accepted = false;
+        window.setDialogRunner([&](QDialog& dialog) {
+            fillComplete(&dialog, f.db);
+            click(&dialog, "cmdsave");
+            accepted = dialog.result() == QDialog::Accepted;
+            return dialog.result();
+        });
+        // WHEN a client is added through Masters / New Client
+        control<QAction>(&window, "mnunewclient")->trigger();
+        // THEN every column is stored in its stored form
+        QVERIFY(accepted);
+        QCOMPARE(f.answers->texts(), QStringList());
+        QCOMPARE(infoRow(f.db, "G007"),
+                 (QStringList{"G007", "GANGA EXPORTS", "AAGFG1234H", "3", "14", "GANGA NIWAS", "MG ROAD", "CIVIL LINES",
+                              "KANPUR", "208001", "UTTAR PRADESH", "0512", "2301234", "05/06/1999", "2,5",
+                              "accounts@ganga.example"}));
+        // AND it is listed, chosen, and named in the status bar
+        QCOMPARE(visibleCodes(&window), QStringList{"G007"});
+        QCOMPARE(window.currentCode(), QStringLiteral("G007"));
+        QCOMPARE(f.cls.Code(), QStringLiteral("G007"));
+        QVERIFY(control<QLabel>(&window, "lblclient")->text().contains("GANGA EXPORTS"));
+    }
+
+    void badEntriesAreRefusedWithAMessage_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("focus");
+        QTest::newRow("empty name") << "txtname" << "   " << "Enter the client's name." << "txtname";
+        QTest::newRow("empty code") << "txtcode" << "" << "Enter the client's code." << "txtcode";
+        QTest::newRow("code of a client") << "txtcode" << "a001" << "The code A001 is already used by ANAND TEXTILE MILLS PVT LTD." << "txtcode";
+        QTest::newRow("code left in another table") << "txtcode" << "z999" << "The code Z999 is still used in the table FBT_AddInfo: choose another code." << "txtcode";
+        QTest::newRow("code with a quote") << "txtcode" << "G'7" << "A client code cannot contain quotes, commas or back slashes." << "txtcode";
+        QTest::newRow("PAN of ten characters") << "txtpan" << "ABCDE12345" << "ABCDE12345 is not a valid PAN: five letters, four digits and a letter, such as AABCA1234K." << "txtpan";
+        QTest::newRow("PAN too short") << "txtpan" << "ABCD" << "ABCD is not a valid PAN: five letters, four digits and a letter, such as AABCA1234K." << "txtpan";
+        QTest::newRow("no such day") << "txtdoi" << "31/02/2008" << "31/02/2008 is not a valid date: type it as dd/mm/yyyy." << "txtdoi";
+        QTest::newRow("short PIN") << "txtpin" << "2080" << "A PIN code has six digits." << "txtpin";
+        QTest::newRow("no e-mail") << "txtemail" << "accounts.ganga" << "accounts.ganga is not an e-mail address." << "txtemail";
+    }
+
+    void badEntriesAreRefusedWithAMessage()
+    {
+        QFETCH(QString, field);
+        QFETCH(QString, value);
+        QFETCH(QString, message);
+        QFETCH(QString, focus);
+        // GIVEN the demo clients and a row left under Z999 in FBT_AddInfo
+        HostFixture f(QStringLiteral("cm_refuse"), true, true);
+        QVERIFY(f.start());
+        f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) Values ('Z999', 2008)");
+        ClientService service(f.cls);
+        ClientDialog dialog(f.cls, service, QString());
+        dialog.show();
+        // WHEN a complete client is entered with one bad entry and saved
+        fillComplete(&dialog, f.db);
+        typeInto(&dialog, field, value);
+        click(&dialog, "cmdsave");
+        // THEN the message names the fault, the cursor is in its box, and nothing is stored
+        // (the server may keep table names in small letters)
+        QCOMPARE(f.answers->texts().size(), 1);
+        QCOMPARE(f.answers->texts().first().toLower(), message.toLower());
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(dialog.focusWidget()->objectName(), focus);
+        QCOMPARE(f.db.count("FBT_Info"), 6);
+    }
+
+    void editShowsTheStoredClient()
+    {
+        // GIVEN a client with two natures, a state outside the list and a status the list does not name
+        HostFixture f(QStringLiteral("cm_edit"), true, true);
+        QVERIFY(f.start());
+        f.db->execute("Update FBT_Info set ClStatus=7, State='LAKSHADWEEP' where Code_No='A001'");
+        ClientService service(f.cls);
+        // WHEN it is opened in the client master and saved unchanged
+        ClientDialog dialog(f.cls, service, "A001");
+        QCOMPARE(control<QLineEdit>(&dialog, "txtname")->text(), QStringLiteral("ANAND TEXTILE MILLS PVT LTD"));
+        QCOMPARE(control<QComboBox>(&dialog, "cbostatus")->currentText(), QStringLiteral("7"));
+        QCOMPARE(control<QComboBox>(&dialog, "cbostate")->currentText(), QStringLiteral("LAKSHADWEEP"));
+        QStringList ticked;
+        auto* natures = control<QListWidget>(&dialog, "lstnature");
+        for (int i = 0; i < natures->count(); ++i)
+            if (natures->item(i)->checkState() == Qt::Checked)
+                ticked << natures->item(i)->text();
+        QCOMPARE(ticked, (QStringList{natureText(f.db, 1), natureText(f.db, 11)}));
+        const QStringList before = infoRow(f.db, "A001");
+        click(&dialog, "cmdsave");
+        // THEN nothing of it changes
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(infoRow(f.db, "A001"), before);
+    }
+
+    void stateListComesFromTheStateFile()
+    {
+        // GIVEN a state file in the application folder
+        HostFixture f(QStringLiteral("cm_states"));
+        QVERIFY(f.start());
+        QDir().mkpath(f.db.appPath() + "/Data");
+        QFile file(f.db.appPath() + "/Data/StateCodes.txt");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("Andhra Pradesh, Assam\r\n\"Gujarat\"\r\n");
+        file.close();
+        ClientService service(f.cls);
+        // WHEN the client master opens
+        ClientDialog dialog(f.cls, service, QString());
+        // THEN the states are offered in capitals after an empty choice
+        auto* states = control<QComboBox>(&dialog, "cbostate");
+        QStringList offered;
+        for (int i = 0; i < states->count(); ++i)
+            offered << states->itemText(i);
+        QCOMPARE(offered, (QStringList{"", "ANDHRA PRADESH", "ASSAM", "GUJARAT"}));
+    }
+
+    void codeChangeMovesEveryTable_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("stored in capitals") << "A001";
+        QTest::newRow("stored in small letters") << "a001";
+    }
+
+    void codeChangeMovesEveryTable()
+    {
+        QFETCH(QString, stored);
+        // GIVEN a client with rows in every table, one the host added later among them
+        HostFixture f(QStringLiteral("cm_recode"), true, true);
+        f.db->execute("Create table client_notes (code_no varchar(20), note varchar(60)) engine=MyISAM");
+        f.db->execute("Insert into client_notes values ('A001', 'call before filing'), ('B002', 'keep')");
+        f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
+        for (const QString& table : f.clientTables())
+            f.db->execute(QStringLiteral("Update %1 set code_no='%2' where code_no='A001'").arg(table, stored));
+        QMap<QString, int> before;
+        for (const QString& table : f.clientTables()) {
+            before[table] = f.rowsOf(table, "A001");
+            QVERIFY2(before[table] > 0, qPrintable(table));
+        }
+        const int otherBills = f.rowsOf("bill_main", "C003");
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        window.setDialogRunner([&](QDialog& dialog) {
+            typeInto(&dialog, "txtcode", "A100");
+            typeInto(&dialog, "txtname", "ANAND TEXTILES LTD");
+            click(&dialog, "cmdsave");
+            return dialog.result();
+        });
+        f.answers->then(Prompter::Answer::Yes);
+        // WHEN its code is changed to A100 in the client master
+        control<QAction>(&window, "mnueditclient")->trigger();
+        // THEN it was asked, and every table has the rows under the new code and none under the old
+        QCOMPARE(f.answers->texts(), QStringList{"Change the code of ANAND TEXTILES LTD from " + stored + " to A100 in every table?"});
+        for (const QString& table : f.clientTables()) {
+            QCOMPARE(f.rowsOf(table, "A001"), 0);
+            QCOMPARE(f.rowsOf(table, "A100"), before.value(table));
+        }
+        // AND the bill details still hang on their bills, the other clients keep theirs
+        QCOMPARE(f.db.count("bill_det", "billid in (select billid from bill_main where code_no='A100')"), 2);
+        QCOMPARE(f.rowsOf("bill_main", "C003"), otherBills);
+        QCOMPARE(f.db.scalar("Select Name from FBT_Info where Code_No='A100'"), QStringLiteral("ANAND TEXTILES LTD"));
+        QCOMPARE(window.currentCode(), QStringLiteral("A100"));
+    }
+
+    void codeChangeCanBeRefused_data()
+    {
+        QTest::addColumn<QString>("newCode");
+        QTest::addColumn<bool>("answerYes");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("answered no") << "A100" << false << "";
+        QTest::newRow("code of another client") << "B002" << true << "The code B002 is already used by BHARAT LOGISTICS.";
+    }
+
+    void codeChangeCanBeRefused()
+    {
+        QFETCH(QString, newCode);
+        QFETCH(bool, answerYes);
+        QFETCH(QString, message);
+        // GIVEN the demo clients
+        HostFixture f(QStringLiteral("cm_norecode"), true, true);
+        QVERIFY(f.start());
+        QMap<QString, int> before;
+        for (const QString& table : f.clientTables())
+            before[table] = f.rowsOf(table, "A001") * 1000 + f.rowsOf(table, newCode);
+        ClientService service(f.cls);
+        ClientDialog dialog(f.cls, service, "A001");
+        dialog.show();
+        f.answers->then(answerYes ? Prompter::Answer::Yes : Prompter::Answer::No);
+        // WHEN the code is changed and the change is refused
+        typeInto(&dialog, "txtcode", newCode);
+        click(&dialog, "cmdsave");
+        // THEN the dialog stays open and no row moved
+        QStringList expected{"Change the code of ANAND TEXTILE MILLS PVT LTD from A001 to " + newCode + " in every table?"};
+        if (!message.isEmpty())
+            expected << message;
+        QCOMPARE(f.answers->texts(), expected);
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(dialog.focusWidget()->objectName(), QStringLiteral("txtcode"));
+        for (const QString& table : f.clientTables())
+            QCOMPARE(f.rowsOf(table, "A001") * 1000 + f.rowsOf(table, newCode), before.value(table));
+    }
+
+    void deleteAsksThenRemovesEveryRow_data()
+    {
+        QTest::addColumn<QString>("route");
+        QTest::newRow("from the menu") << "menu";
+        QTest::newRow("from the client master") << "dialog";
+    }
+
+    void deleteAsksThenRemovesEveryRow()
+    {
+        QFETCH(QString, route);
+        // GIVEN a client with rows in every table
+        HostFixture f(QStringLiteral("cm_delete"), true, true);
+        f.db->execute("Create table client_notes (code_no varchar(20), note varchar(60)) engine=MyISAM");
+        f.db->execute("Insert into client_notes values ('A001', 'call before filing'), ('C003', 'keep')");
+        f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        window.setDialogRunner([&](QDialog& dialog) {
+            click(&dialog, "cmddelete");
+            return dialog.result();
+        });
+        QCOMPARE(window.currentCode(), QStringLiteral("A001"));
+        const auto remove = [&] {
+            control<QAction>(&window, route == "menu" ? "mnudeleteclient" : "mnueditclient")->trigger();
+        };
+        // WHEN the deletion is asked for and the question answered No
+        f.answers->then(Prompter::Answer::No);
+        remove();
+        // THEN everything stays
+        QCOMPARE(f.answers->texts().size(), 1);
+        QVERIFY(f.answers->texts().first().startsWith("Delete the client A001 ANAND TEXTILE MILLS PVT LTD"));
+        QCOMPARE(f.rowsOf("FBT_Info", "A001"), 1);
+        // WHEN it is asked for again and answered Yes
+        f.answers->then(Prompter::Answer::Yes);
+        remove();
+        // THEN no table holds a row of the client, nor a bill or receipt detail of it
+        for (const QString& table : f.clientTables())
+            QCOMPARE(f.rowsOf(table, "A001"), 0);
+        QCOMPARE(f.db.count("bill_det", "billid=1"), 0);
+        QCOMPARE(f.db.count("recp_det", "recpid=1"), 0);
+        // AND the other clients keep theirs, and the list no longer shows it
+        QCOMPARE(f.db.count("bill_det", "billid=2"), 1);
+        QCOMPARE(f.rowsOf("client_notes", "C003"), 1);
+        QVERIFY(!visibleCodes(&window).contains("A001"));
+        QCOMPARE(visibleCodes(&window).size(), 5);
+    }
+};
+
+CORVANE_TEST_CLASS(ClientMasterTest)
+#include "clientmastertest.moc"

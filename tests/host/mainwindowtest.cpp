@@ -1,0 +1,295 @@
+#include "hostfixture.h"
+#include "widgets.h"
+
+#include "host/mainwindow.h"
+#include "support/testmain.h"
+
+#include <QLabel>
+#include <QApplication>
+#include <QDialog>
+#include <QMenuBar>
+
+using namespace corvane;
+using namespace corvane::host;
+using namespace corvane::test;
+
+namespace {
+
+struct Call {
+    MainWindow::Member member;
+    QString code;
+    int year;
+};
+
+// Records the members the window calls instead of showing their screens.
+struct Recorder {
+    QList<Call> calls;
+    qint16 restored = 0;
+    std::function<void()> duringRestoration;
+
+    MainWindow::Invoker invoker(ClsMain& cls)
+    {
+        return [this, &cls](MainWindow::Member m) -> qint16 {
+            calls.push_back({m, cls.Code(), cls.TYear()});
+            if (m == MainWindow::Member::Restoration) {
+                if (duringRestoration)
+                    duringRestoration();
+                return restored;
+            }
+            return 0;
+        };
+    }
+};
+
+} // namespace
+
+// The main window: client list, search, year, and the way to every screen.
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void searchFindsByCodeOrName_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QStringList>("shown");
+        QTest::newRow("nothing typed") << "" << QStringList{"A001", "B002", "C003", "D004", "E005", "F006"};
+        QTest::newRow("start of a code") << "d0" << QStringList{"D004"};
+        QTest::newRow("part of a name") << "pharma" << QStringList{"F006"};
+        QTest::newRow("word in several names") << "LTD" << QStringList{"A001", "C003", "F006"};
+        QTest::newRow("code and name") << "f" << QStringList{"C003", "F006"};
+        QTest::newRow("blanks around") << "  chennai " << QStringList{"C003"};
+        QTest::newRow("no match") << "xyz" << QStringList{};
+    }
+
+    void searchFindsByCodeOrName()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QStringList, shown);
+        // GIVEN the demo clients in the main window
+        HostFixture f(QStringLiteral("mw_search"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        // WHEN text is typed into the search box
+        QTest::keyClicks(control<QLineEdit>(&window, "txtsearch"), typed);
+        // THEN only the clients it finds are listed, the first of them chosen
+        QCOMPARE(visibleCodes(&window), shown);
+        const QString first = shown.value(0);
+        QCOMPARE(window.currentCode(), first);
+        QCOMPARE(f.cls.Code(), first);
+        QCOMPARE(control<QLabel>(&window, "lblclient")->text().contains(first.isEmpty() ? "No client chosen" : first), true);
+    }
+
+    void keysInTheSearchBoxMoveAndOpen()
+    {
+        // GIVEN the clients whose names hold LTD
+        HostFixture f(QStringLiteral("mw_keys"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        Recorder recorder;
+        window.setInvoker(recorder.invoker(f.cls));
+        auto* search = control<QLineEdit>(&window, "txtsearch");
+        QTest::keyClicks(search, "ltd");
+        // WHEN Down is pressed twice and then Enter, all in the search box
+        QTest::keyClick(search, Qt::Key_Down);
+        QTest::keyClick(search, Qt::Key_Down);
+        QTest::keyClick(search, Qt::Key_Return);
+        // THEN the third client found is chosen and its additional information opened
+        QCOMPARE(window.currentCode(), QStringLiteral("F006"));
+        QCOMPARE(recorder.calls.size(), 1);
+        QCOMPARE(recorder.calls.first().member, MainWindow::Member::ShowAddInfo);
+        QCOMPARE(recorder.calls.first().code, QStringLiteral("F006"));
+        // WHEN Enter is pressed in the list on another client
+        auto* list = control<QTableWidget>(&window, "lstclients");
+        QTest::keyClick(list, Qt::Key_Up);
+        QTest::keyClick(list, Qt::Key_Return);
+        // THEN that client's additional information opens
+        QCOMPARE(recorder.calls.size(), 2);
+        QCOMPARE(recorder.calls.last().member, MainWindow::Member::ShowAddInfo);
+        QCOMPARE(recorder.calls.last().code, QStringLiteral("C003"));
+    }
+
+    void deleteKeyDeletesTextInTheSearchBoxAndClientsInTheList()
+    {
+        // GIVEN the demo clients in the active window, a word in the search box
+        HostFixture f(QStringLiteral("mw_delkey"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        auto* search = control<QLineEdit>(&window, "txtsearch");
+        search->setFocus();
+        QTest::keyClicks(search, "ltd");
+        QTest::keyClick(search, Qt::Key_Home);
+        // WHEN Delete is pressed in the search box
+        QTest::keyClick(search, Qt::Key_Delete);
+        // THEN a letter goes, and nobody is asked about deleting a client
+        QCOMPARE(search->text(), QStringLiteral("td"));
+        QCOMPARE(f.answers->texts(), QStringList());
+        // WHEN Delete is pressed in the list
+        auto* list = control<QTableWidget>(&window, "lstclients");
+        list->setFocus();
+        f.answers->then(Prompter::Answer::No);
+        QTest::keyClick(list, Qt::Key_Delete);
+        // THEN the deletion of the chosen client is asked for
+        QCOMPARE(f.answers->texts().size(), 1);
+        QVERIFY(f.answers->texts().first().startsWith("Delete the client " + window.currentCode()));
+    }
+
+    void yearChooserSetsTheYear()
+    {
+        // GIVEN the demo clients, whose latest year is 2008, on 21 November 2009
+        HostFixture f(QStringLiteral("mw_year"), true, true);
+        QVERIFY(f.start());
+        QCOMPARE(int(f.cls.TYear()), 2008);
+        auto window = std::make_unique<MainWindow>(f.cls, *f.session);
+        auto* years = control<QComboBox>(window.get(), "cboyear");
+        QStringList offered;
+        for (int i = 0; i < years->count(); ++i)
+            offered << years->itemText(i);
+        // THEN the years run from 2006-07 to the year in progress, the latest with data chosen
+        QCOMPARE(offered, (QStringList{"2006-07", "2007-08", "2008-09", "2009-10", "2010-11"}));
+        QCOMPARE(years->currentText(), QStringLiteral("2008-09"));
+        // WHEN 2007-08 is chosen
+        years->setCurrentIndex(years->findText("2007-08"));
+        // THEN the component works on 2007, and the status bar says so
+        QCOMPARE(int(f.cls.TYear()), 2007);
+        QCOMPARE(control<QLabel>(window.get(), "lblyear")->text(), QStringLiteral("Assessment Year: 2007-08"));
+        // AND the next start opens on the same client and year
+        QTest::keyClicks(control<QLineEdit>(window.get(), "txtsearch"), "D004");
+        window->close();
+        window.reset();
+        f.cls.setTYear(0);
+        f.cls.setCode(QString());
+        HostSession next(f.cls, f.db.appPath());
+        QVERIFY(next.start());
+        QCOMPARE(int(f.cls.TYear()), 2007);
+        QCOMPARE(f.cls.Code(), QStringLiteral("D004"));
+    }
+
+    void everyMenuItemCallsItsMember_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<MainWindow::Member>("member");
+        QTest::newRow("Bank Master") << "mnubankmas" << MainWindow::Member::ShowBankMas;
+        QTest::newRow("Additional Information") << "mnuaddinfo" << MainWindow::Member::ShowAddInfo;
+        QTest::newRow("Additional Information - New Form") << "mnuaddinfo1" << MainWindow::Member::ShowAddInfo1;
+        QTest::newRow("Return Register") << "mnureturn" << MainWindow::Member::ShowReturn;
+        QTest::newRow("Client Details") << "mnucldet" << MainWindow::Member::ShowClDet;
+        QTest::newRow("Backup") << "mnubackup" << MainWindow::Member::BackUp;
+        QTest::newRow("Restore") << "mnurestore" << MainWindow::Member::Restoration;
+        QTest::newRow("Check and Repair Data") << "mnurepair" << MainWindow::Member::RepairData;
+    }
+
+    void everyMenuItemCallsItsMember()
+    {
+        QFETCH(QString, action);
+        QFETCH(MainWindow::Member, member);
+        // GIVEN client C003 and the year 2007-08 chosen
+        HostFixture f(QStringLiteral("mw_members"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        Recorder recorder;
+        window.setInvoker(recorder.invoker(f.cls));
+        QTest::keyClicks(control<QLineEdit>(&window, "txtsearch"), "C0");
+        auto* years = control<QComboBox>(&window, "cboyear");
+        years->setCurrentIndex(years->findText("2007-08"));
+        // WHEN the menu item is chosen
+        QAction* item = control<QAction>(&window, action);
+        item->trigger();
+        // THEN its member is called once, with the client and the year in the context
+        QCOMPARE(recorder.calls.size(), 1);
+        QCOMPARE(recorder.calls.first().member, member);
+        QCOMPARE(recorder.calls.first().code, QStringLiteral("C003"));
+        QCOMPARE(recorder.calls.first().year, 2007);
+        // AND it has a key of its own and sits in a menu
+        QVERIFY(!item->shortcut().isEmpty());
+        QVERIFY(item->text().contains('&'));
+        bool inMenu = false;
+        for (QMenu* menu : window.menuBar()->findChildren<QMenu*>())
+            inMenu = inMenu || menu->actions().contains(item);
+        QVERIFY(inMenu);
+    }
+
+    void clientScreensNeedAClient()
+    {
+        // GIVEN no clients
+        HostFixture f(QStringLiteral("mw_noclient"));
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        Recorder recorder;
+        window.setInvoker(recorder.invoker(f.cls));
+        // WHEN the additional information is asked for
+        control<QAction>(&window, "mnuaddinfo")->trigger();
+        control<QAction>(&window, "mnuaddinfo1")->trigger();
+        // THEN the user is told to choose a client, and no screen opens
+        QCOMPARE(f.answers->texts(), (QStringList{"Choose a client first.", "Choose a client first."}));
+        QVERIFY(recorder.calls.isEmpty());
+    }
+
+    void changedConnectionIsUsedAtOnce()
+    {
+        // GIVEN the window on a database without clients
+        HostFixture f(QStringLiteral("mw_connect"));
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        const QString other = f.db.name() + "_other";
+        struct DropOther {
+            TestDatabase& db;
+            QString name;
+            ~DropOther() { db->execute("Drop database if exists " + name); }
+        } drop{f.db, other};
+        window.setDialogRunner([&](QDialog& dialog) {
+            typeInto(&dialog, "txtdatabase", other);
+            click(&dialog, "cmdok");
+            return dialog.result();
+        });
+        f.answers->then(Prompter::Answer::Yes);
+        // WHEN Settings / Database Connection names a database that does not exist yet
+        control<QAction>(&window, "mnuconnection")->trigger();
+        // THEN it is created with its tables, the demo data offered and taken, and the window shows it
+        QCOMPARE(f.cls.CnnObj()->databaseName(), other);
+        QCOMPARE(f.answers->texts().size(), 1);
+        QVERIFY(f.answers->texts().first().contains("demo"));
+        QCOMPARE(visibleCodes(&window).size(), 6);
+        QCOMPARE(f.cls.Code(), QStringLiteral("A001"));
+        QVERIFY(control<QLabel>(&window, "lbldatabase")->text().contains(other));
+        QCOMPARE(ConnectionSettings::fromConfig(f.db.appPath()).database, other);
+    }
+
+    void restorationReloadsWhenItRestored_data()
+    {
+        QTest::addColumn<int>("flag");
+        QTest::newRow("nothing restored") << 0;
+        QTest::newRow("a backup restored") << 1;
+    }
+
+    void restorationReloadsWhenItRestored()
+    {
+        QFETCH(int, flag);
+        // GIVEN the demo clients in the window
+        HostFixture f(QStringLiteral("mw_restore"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        Recorder recorder;
+        recorder.restored = qint16(flag);
+        // a restore that brings a client and a later year with it
+        recorder.duringRestoration = [&] {
+            f.db->execute("Insert into FBT_Info (Code_No, Name) values ('H008', 'HIMALAYA TRADERS')");
+            f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) values ('H008', 2012)");
+        };
+        window.setInvoker(recorder.invoker(f.cls));
+        const auto before = f.cls.CnnObj();
+        // WHEN Restore returns its flag
+        control<QAction>(&window, "mnurestore")->trigger();
+        // THEN after a restore the component works on a new connection; the list and the years are read again
+        QCOMPARE(f.cls.CnnObj() != before, flag != 0);
+        QVERIFY(f.cls.CnnObj()->isOpen());
+        QVERIFY(visibleCodes(&window).contains("H008"));
+        QCOMPARE(control<QComboBox>(&window, "cboyear")->itemText(control<QComboBox>(&window, "cboyear")->count() - 1),
+                 QStringLiteral("2012-13"));
+        QCOMPARE(window.currentCode(), QStringLiteral("A001"));
+    }
+};
+
+CORVANE_TEST_CLASS(MainWindowTest)
+#include "mainwindowtest.moc"
