@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QHash>
 #include <QTabBar>
@@ -95,10 +96,8 @@ void collectControls(QWidget* container, QList<QWidget*>& controls)
 
 class Scaler {
 public:
-    Scaler(const QList<QWidget*>& members, bool tabsSpecial) : tabsSpecial_(tabsSpecial)
+    Scaler(const QList<QWidget*>& members, bool tabsSpecial, Ratios ratios) : tabsSpecial_(tabsSpecial), ratios_(ratios)
     {
-        const Modbase& m = modbase();
-        ratios_ = {m.vScreenRatX, m.vScreenRatY, m.vScreenRatFS};
         for (QWidget* w : members)
             if (w)
                 fontSizes_.insert(w, fontSize(w->font()));
@@ -281,6 +280,50 @@ QString controlTypeName(const QWidget* control)
     return QString::fromLatin1(control->metaObject()->className()).toUpper();
 }
 
+// Our forms are laid out with the desktop's font, which is larger than the one
+// the ratios were made for: a form scaled past the screen shrinks its fonts
+// until its layout fits the room the screen offers.
+namespace {
+
+// The room a form's content asks for: its layout, or the controls it places
+// itself, each at its place with the size it would like.
+QSize requiredSize(const QWidget* form)
+{
+    QSize need = form->layout() ? form->minimumSizeHint() : QSize(0, 0);
+    for (QObject* object : form->children()) {
+        const auto* w = qobject_cast<const QWidget*>(object);
+        if (!w || w->isWindow() || w->isHidden() || inLayout(w))
+            continue;
+        const QSize hint = w->sizeHint().expandedTo(w->minimumSizeHint());
+        need = need.expandedTo(QSize(qMax(0, w->x()) + hint.width(), qMax(0, w->y()) + hint.height()));
+    }
+    return need;
+}
+
+Ratios contextRatios()
+{
+    const Modbase& m = modbase();
+    return {m.vScreenRatX, m.vScreenRatY, m.vScreenRatFS};
+}
+
+// Our forms are laid out with the desktop's font, larger than the one the
+// ratios were made for: never stretch a form past the room its screen offers.
+Ratios ratiosFor(const QWidget* form)
+{
+    Ratios r = contextRatios();
+    const QScreen* screen = form->screen();
+    const QSize need = requiredSize(form);
+    if (!screen || need.isEmpty())
+        return r;
+    const QSize room = screen->availableGeometry().size() * 0.92;
+    const double cut = std::min({1.0, room.width() / (need.width() * r.x), room.height() / (need.height() * r.y)});
+    if (cut < 1.0)
+        r = {r.x * cut, r.y * cut, r.font * cut};
+    return r;
+}
+
+} // namespace
+
 void Resize_For_Resolution(QWidget* form, bool rePosForm)
 {
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("RESIZE_FOR_RESOLUTION"));
@@ -292,7 +335,9 @@ void Resize_For_Resolution(QWidget* form, bool rePosForm)
     });
     if (!form)
         return;
-    Scaler scaler(QList<QWidget*>{form} + controls, true);
+    Ratios ratios = contextRatios();
+    guard([&] { ratios = ratiosFor(form); });
+    Scaler scaler(QList<QWidget*>{form} + controls, true, ratios);
     guard([&] { scaler.scaleForm(form, rePosForm); });
     for (QWidget* control : controls)
         guard([&] { scaler.scaleControl(control); });
@@ -301,7 +346,7 @@ void Resize_For_Resolution(QWidget* form, bool rePosForm)
 void Resize_For_ResolutionUC(const QList<QWidget*>& controls)
 {
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("RESIZE_FOR_RESOLUTIONUC"));
-    Scaler scaler(controls, false);
+    Scaler scaler(controls, false, contextRatios());
     for (QWidget* control : controls)
         guard([&] { scaler.scaleControl(control); });
 }

@@ -223,6 +223,32 @@ private slots:
         QCOMPARE(f.placed->geometry(), QRect(10, 10, 100, 30));
     }
 
+    void aFormNeverOutgrowsTheScreen()
+    {
+        // GIVEN a laid-out form of many rows and a font ratio far beyond the screen
+        QWidget form;
+        auto* layout = new QVBoxLayout(&form);
+        auto* title = new QLabel(QStringLiteral("Title"));
+        QFont big = title->font();
+        big.setPointSizeF(12);
+        title->setFont(big);
+        layout->addWidget(title);
+        for (int i = 0; i < 30; ++i)
+            layout->addWidget(new QLabel(QStringLiteral("Question %1 with a long caption that takes room").arg(i)));
+        setRatios(3.0f, 3.0f, 3.0f);
+        const QSize room = form.screen()->availableGeometry().size();
+
+        // WHEN it scales itself
+        Resize_For_Resolution(&form, false);
+
+        // THEN it grew, but its layout still fits the screen
+        QVERIFY2(form.minimumSizeHint().width() <= room.width(), qPrintable(QString::number(form.minimumSizeHint().width())));
+        QVERIFY2(form.minimumSizeHint().height() <= room.height(), qPrintable(QString::number(form.minimumSizeHint().height())));
+        QVERIFY(title->font().pointSizeF() > 12.0);
+        QVERIFY(title->font().pointSizeF() < 36.0);
+        QVERIFY(test::logLines().isEmpty());
+    }
+
     void noFormIsLogged()
     {
         Resize_For_Resolution(nullptr, false);
