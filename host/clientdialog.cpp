@@ -1,5 +1,7 @@
 #include "host/clientdialog.h"
 
+#include "core/screenkeys.h"
+
 #include "ui_clientdialog.h"
 
 #include "core/clsmain.h"
@@ -229,11 +231,11 @@ void ClientDialog::keyPressEvent(QKeyEvent* event)
 {
     // Enter moves on to the next field, as in every screen of the component;
     // on a button it presses the button.
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    if (screenkeys::isEnter(event)) {
         if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()))
             button->click();
         else
-            focusNextChild();
+            screenkeys::tabFrom(this);
         return;
     }
     QDialog::keyPressEvent(event);

@@ -1,5 +1,7 @@
 #include "host/connectiondialog.h"
 
+#include "core/screenkeys.h"
+
 #include "ui_connectiondialog.h"
 
 #include "core/prompter.h"
@@ -96,11 +98,11 @@ void ConnectionDialog::cmdok_Click()
 
 void ConnectionDialog::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    if (screenkeys::isEnter(event)) {
         if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()); button && !qobject_cast<QRadioButton*>(button))
             button->click();
         else
-            focusNextChild();
+            screenkeys::tabFrom(this);
         return;
     }
     QDialog::keyPressEvent(event);

@@ -5,7 +5,7 @@
 #include "core/prompter.h"
 #include "core/resumenext.h"
 #include "core/screenscaling.h"
-#include "screens/addinfo/keyrules.h"
+#include "core/keyrules.h"
 #include "ui_frmaddinfo.h"
 
 namespace corvane {

@@ -6,7 +6,7 @@
 #include "core/resumenext.h"
 #include "core/screenscaling.h"
 #include "core/statelist.h"
-#include "screens/addinfo/keyrules.h"
+#include "core/keyrules.h"
 #include "ui_frmaddinfo1.h"
 
 namespace corvane {

@@ -6,7 +6,7 @@
 #include "core/resumenext.h"
 #include "core/screenscaling.h"
 #include "screens/bank/bankinfocall.h"
-#include "screens/bank/screenkeys.h"
+#include "core/screenkeys.h"
 
 #include <QCloseEvent>
 #include <QKeyEvent>

@@ -1,4 +1,6 @@
-#include "screens/addinfo/keyrules.h"
+#include "core/keyrules.h"
+
+#include "core/screenkeys.h"
 
 #include <QApplication>
 #include <QFocusEvent>
@@ -60,11 +62,10 @@ bool KeyRules::eventFilter(QObject* watched, QEvent* event)
         escape_();
         return true;
     }
-    if (key->text() == QLatin1String("'"))
+    if (screenkeys::isQuote(key))
         return true;
-    if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && enterAsTab_.contains(watched)) {
-        QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier, QStringLiteral("\t"));
-        QApplication::sendEvent(watched, &tab);
+    if (screenkeys::isEnter(key) && enterAsTab_.contains(watched)) {
+        screenkeys::tabFrom(static_cast<QWidget*>(watched));
         return true;
     }
     const QString text = key->text();

@@ -9,7 +9,7 @@ class QWidget;
 
 namespace corvane {
 
-// The keyboard of the additional information screens. The form sees every
+// The keyboard of a screen. The form sees every
 // key first: the single quote is dropped everywhere, Escape goes to the form,
 // Enter moves on like Tab where asked, and text boxes either take digits only
 // or turn small letters into capitals. Leaving a text box is reported too.
