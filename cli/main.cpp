@@ -77,7 +77,6 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
 {
     Invocation inv(out, err);
     QMap<QString, QString> global;
-    QStringList rest;
     const Command* command = nullptr;
     bool help = false;
 
@@ -98,7 +97,15 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
             return args.at(++i);
         };
         if (arg == QStringLiteral("--")) {
-            rest += args.mid(i + 1);
+            // Everything after it is a word, even when it starts with '-'.
+            QStringList rest = args.mid(i + 1);
+            if (!command && !rest.isEmpty()) {
+                command = findCommand(rest.first());
+                if (!command)
+                    throw UsageError(QStringLiteral("unknown command %1").arg(rest.first()).toStdString());
+                rest.removeFirst();
+            }
+            inv.words += rest;
             break;
         }
         if (kGlobalValueOptions.contains(arg)) {

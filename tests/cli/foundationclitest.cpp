@@ -40,6 +40,7 @@ private slots:
         QTest::newRow("db bad option") << QStringList{"db", "init", "--demos"} << 2;
         QTest::newRow("option without value") << QStringList{"sql", "select 1", "--database"} << 2;
         QTest::newRow("bad port") << QStringList{"--port", "x", "sql", "select 1"} << 2;
+        QTest::newRow("words after -- are not options") << QStringList{"server", "--", "--help"} << 2;
     }
 
     void usageAndExitStatus()
