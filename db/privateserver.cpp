@@ -204,6 +204,8 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
     } removeLink{link};
     QStringList args{QStringLiteral("--no-defaults"), QStringLiteral("--datadir=") + installDir,
                      QStringLiteral("--auth-root-authentication-method=normal"), QStringLiteral("--skip-test-db"),
+                     // Only a socket is used: a machine whose own name does not resolve must work too.
+                     QStringLiteral("--force"), QStringLiteral("--skip-name-resolve"),
                      QStringLiteral("--default-storage-engine=MyISAM"), QStringLiteral("--lower-case-table-names=1")};
     if (isRoot())
         args << QStringLiteral("--user=root");
