@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QRadioButton>
 #include <QWidget>
 
 namespace corvane::screenkeys {
@@ -38,6 +40,21 @@ inline void tabFrom(QWidget* widget)
         QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
         QCoreApplication::sendEvent(window, &tab);
     }
+}
+
+// Enter on a dialog: a focused push button or check box is pressed, anywhere
+// else (an option button included) the focus moves on as with Tab. True when
+// the key was Enter and has been dealt with.
+inline bool enterPressesOrMovesOn(QWidget* dialog, const QKeyEvent* key)
+{
+    if (!isEnter(key))
+        return false;
+    auto* button = qobject_cast<QAbstractButton*>(dialog->focusWidget());
+    if (button && !qobject_cast<QRadioButton*>(button))
+        button->click();
+    else
+        tabFrom(dialog);
+    return true;
 }
 
 } // namespace corvane::screenkeys

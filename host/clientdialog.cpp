@@ -229,16 +229,9 @@ void ClientDialog::cmddelete_Click()
 
 void ClientDialog::keyPressEvent(QKeyEvent* event)
 {
-    // Enter moves on to the next field, as in every screen of the component;
-    // on a button it presses the button.
-    if (screenkeys::isEnter(event)) {
-        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()))
-            button->click();
-        else
-            screenkeys::tabFrom(this);
-        return;
-    }
-    QDialog::keyPressEvent(event);
+    // Enter moves on to the next field, as in every screen of the component.
+    if (!screenkeys::enterPressesOrMovesOn(this, event))
+        QDialog::keyPressEvent(event);
 }
 
 } // namespace corvane::host

@@ -98,14 +98,9 @@ void ConnectionDialog::cmdok_Click()
 
 void ConnectionDialog::keyPressEvent(QKeyEvent* event)
 {
-    if (screenkeys::isEnter(event)) {
-        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget()); button && !qobject_cast<QRadioButton*>(button))
-            button->click();
-        else
-            screenkeys::tabFrom(this);
-        return;
-    }
-    QDialog::keyPressEvent(event);
+    // Enter moves on to the next field, as in every screen of the component.
+    if (!screenkeys::enterPressesOrMovesOn(this, event))
+        QDialog::keyPressEvent(event);
 }
 
 } // namespace corvane::host

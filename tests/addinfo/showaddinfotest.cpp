@@ -39,10 +39,7 @@ private slots:
     void init()
     {
         // One database per class; each test starts from empty tables and an empty log.
-        for (const char* table : {"FBT_AddInfo", "FBT_MiscInf", "FBT_Info"})
-            db_->connection()->execute(QStringLiteral("delete from ") + QLatin1String(table));
-        modbase().CnnObj = db_->connection();
-        QFile::remove(logFilePath());
+        db_->startAfresh({QStringLiteral("FBT_AddInfo"), QStringLiteral("FBT_MiscInf"), QStringLiteral("FBT_Info")});
         modbase().prompter = std::make_shared<ScriptedPrompter>();
     }
     void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("showaddinfo")); }

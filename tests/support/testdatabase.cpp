@@ -1,10 +1,12 @@
 #include "support/testdatabase.h"
 
+#include "core/errorlog.h"
 #include "core/modbase.h"
 #include "db/schema.h"
 #include "db/sqltext.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QVariant>
 #include <QtTest>
 #include <unistd.h>
@@ -52,6 +54,14 @@ ConnectionSettings TestDatabase::settings() const
     ConnectionSettings s = serverSettings();
     s.database = name_;
     return s;
+}
+
+void TestDatabase::startAfresh(const QStringList& tables) const
+{
+    for (const QString& table : tables)
+        connection_->execute(QStringLiteral("delete from ") + sqlName(table));
+    modbase().CnnObj = connection_;
+    QFile::remove(logFilePath());
 }
 
 QString TestDatabase::scalar(const QString& sql) const

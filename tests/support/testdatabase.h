@@ -3,6 +3,7 @@
 #include "db/connection.h"
 
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <memory>
 
@@ -24,6 +25,10 @@ public:
     QString name() const { return name_; }
     QString appPath() const { return appDir_.path(); }
     QString systemPath() const { return systemDir_.path(); }
+
+    // Empties the tables, puts this database back into the context and removes
+    // the error log, so that every test function starts from the same state.
+    void startAfresh(const QStringList& tables) const;
 
     // The value of a one-value query, as text ("" for null).
     QString scalar(const QString& sql) const;
