@@ -1,7 +1,7 @@
 #include "host/hostsession.h"
 
 #include "components/bankinfo/lookupimport.h"
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/inifile.h"
 #include "core/modbase.h"
 #include "core/prompter.h"

@@ -1,4 +1,4 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "host/busyrunner.h"
 #include "host/connectiondialog.h"
 #include "host/hostsession.h"
