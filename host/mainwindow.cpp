@@ -6,7 +6,7 @@
 #include "core/prompter.h"
 #include "host/assessmentyears.h"
 #include "host/clientdialog.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/connectiondialog.h"
 #include "host/failuretext.h"
 #include "host/hostsession.h"
