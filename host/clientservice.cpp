@@ -3,6 +3,8 @@
 #include "core/clsmain.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
+#include "host/clientlistmodel.h"
+#include "host/clientstatus.h"
 #include "host/failuretext.h"
 
 #include <QRegularExpression>
@@ -102,6 +104,16 @@ QList<ClientRecord> ClientService::list() const
     QList<ClientRecord> clients;
     for (const auto& row : connection().query(QStringLiteral("Select %1 from FBT_Info order by Code_No").arg(kColumns)).rows)
         clients << fromRow(row);
+    return clients;
+}
+
+QVector<ClientListEntry> ClientService::listing() const
+{
+    QVector<ClientListEntry> clients;
+    const auto rows = connection().query(QStringLiteral("Select Code_No, Name, PAN, ClStatus, City from FBT_Info order by Code_No")).rows;
+    clients.reserve(rows.size());
+    for (const auto& row : rows)
+        clients.push_back({text(row, 0), text(row, 1), text(row, 2), clientStatusName(row.value(3).toInt()), text(row, 4)});
     return clients;
 }
 
