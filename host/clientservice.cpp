@@ -7,7 +7,10 @@
 #include "host/clientstatus.h"
 #include "host/failuretext.h"
 
+#include <QHash>
 #include <QRegularExpression>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QStringList>
 #include <algorithm>
 
@@ -109,11 +112,22 @@ QList<ClientRecord> ClientService::list() const
 
 QVector<ClientListEntry> ClientService::listing() const
 {
+    // Read row by row into the list: a practice may have a hundred thousand clients.
+    QSqlQuery q(connection().database());
+    q.setForwardOnly(true);
+    if (!q.exec(QStringLiteral("Select Code_No, Name, PAN, ClStatus, City from FBT_Info order by Code_No")))
+        throw Connection::failureFrom(q.lastError(), QStringLiteral("MySQL"));
     QVector<ClientListEntry> clients;
-    const auto rows = connection().query(QStringLiteral("Select Code_No, Name, PAN, ClStatus, City from FBT_Info order by Code_No")).rows;
-    clients.reserve(rows.size());
-    for (const auto& row : rows)
-        clients.push_back({text(row, 0), text(row, 1), text(row, 2), clientStatusName(row.value(3).toInt()), text(row, 4)});
+    if (q.size() > 0)
+        clients.reserve(q.size());
+    QHash<int, QString> statuses; // one shared text per status
+    while (q.next()) {
+        const int status = q.value(3).toInt();
+        auto name = statuses.constFind(status);
+        if (name == statuses.constEnd())
+            name = statuses.insert(status, clientStatusName(status));
+        clients.push_back({q.value(0).toString(), q.value(1).toString(), q.value(2).toString(), *name, q.value(4).toString()});
+    }
     return clients;
 }
 
