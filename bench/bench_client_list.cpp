@@ -1,7 +1,7 @@
 // Times FBT's main window over many clients: opening it, and each keystroke in
 // the search box until the list is drawn again; prints the memory it holds.
 //   bench_client_list [CLIENTS]     (default 100000; offscreen unless a display is chosen)
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "db/connection.h"

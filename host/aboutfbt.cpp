@@ -6,8 +6,7 @@
 #include "host/hostsession.h"
 
 #include <QCoreApplication>
-#include <QMainWindow>
-#include <QMenuBar>
+#include <QFileInfo>
 
 namespace corvane::host {
 
@@ -24,22 +23,14 @@ QString aboutText(const HostSession& session)
         if (!s.user.isEmpty())
             database += QStringLiteral(" as %1").arg(s.user);
     }
+    const QString program = QCoreApplication::applicationDirPath();
+    QString folder = session.appPath();
+    if (QFileInfo(folder).canonicalFilePath() != QFileInfo(program).canonicalFilePath())
+        folder += QStringLiteral("\n(the program is in %1)").arg(program);
     const QString version = QCoreApplication::applicationVersion();
     return QStringLiteral("FBT %1\nFringe Benefit Tax returns of the clients of a practice.\n\n"
-                          "Database: %2\nApplication folder: %3\nLog file: %4")
-        .arg(version.isEmpty() ? QStringLiteral("(development build)") : version, database, session.appPath(), logFilePath());
-}
-
-void addHelpMenu(QMainWindow& window, const HostSession& session)
-{
-    QMenu* help = window.menuBar()->addMenu(QStringLiteral("&Help"));
-    help->setObjectName(QStringLiteral("mnuhelp"));
-    QAction* about = help->addAction(QStringLiteral("&About FBT"));
-    about->setObjectName(QStringLiteral("mnuabout"));
-    about->setMenuRole(QAction::AboutRole);
-    QObject::connect(about, &QAction::triggered, &window, [&session] {
-        prompter().inform(aboutText(session), Prompter::Icon::Information, QStringLiteral("About FBT"));
-    });
+                          "Application folder: %2\nDatabase: %3\nLog file: %4")
+        .arg(version.isEmpty() ? QStringLiteral("(development build)") : version, folder, database, logFilePath());
 }
 
 } // namespace corvane::host

@@ -2,8 +2,6 @@
 
 #include <QString>
 
-class QMainWindow;
-
 namespace corvane::host {
 
 class HostSession;
@@ -11,8 +9,5 @@ class HostSession;
 // The text of Help → About FBT: the version, the database in use and where
 // the error log is written.
 QString aboutText(const HostSession& session);
-
-// Adds the Help menu with "About FBT" to the window's menu bar.
-void addHelpMenu(QMainWindow& window, const HostSession& session);
 
 } // namespace corvane::host

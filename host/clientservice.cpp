@@ -1,10 +1,10 @@
 #include "host/clientservice.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
 #include "host/clientlistmodel.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/failuretext.h"
 
 #include <QHash>

@@ -2,19 +2,23 @@
 
 #include "ui_mainwindow.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/prompter.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "host/aboutfbt.h"
 #include "host/assessmentyears.h"
 #include "host/clientlistmodel.h"
 #include "host/clientdialog.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/connectiondialog.h"
 #include "host/failuretext.h"
 #include "host/hostsession.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScopedValueRollback>
@@ -105,11 +109,19 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     connect(ui->lstclients, &QAbstractItemView::activated, this, [this] { call(Member::ShowAddInfo); });
     connect(ui->cboyear, &QComboBox::currentIndexChanged, this, &MainWindow::cboyear_Click);
 
-    addHelpMenu(*this, session_);
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->setObjectName(QStringLiteral("mnuhelp"));
+    QAction* about = help->addAction(QStringLiteral("&About FBT"), this, &MainWindow::mnuabout_Click);
+    about->setObjectName(QStringLiteral("mnuabout"));
     keepOnScreenWhenShown(this);
 
     reload();
     ui->txtsearch->setFocus();
+}
+
+void MainWindow::mnuabout_Click()
+{
+    prompter().inform(aboutText(session_), Prompter::Icon::Information, QStringLiteral("About FBT"));
 }
 
 MainWindow::~MainWindow()

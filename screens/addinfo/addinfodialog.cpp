@@ -2,12 +2,12 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "screens/addinfo/aolookup.h"
 #include "screens/addinfo/bankdetails.h"
-#include "core/keyrules.h"
 #include "core/prompter.h"
 #include "screens/bank/clientcaption.h"
+#include "ui/keyrules.h"
 
 #include <QCloseEvent>
 #include <QPushButton>

@@ -1,7 +1,7 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "core/screenreso.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet.h"

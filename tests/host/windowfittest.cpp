@@ -3,7 +3,7 @@
 
 #include "core/errorlog.h"
 #include "core/screenreso.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "host/mainwindow.h"
 #include "support/testmain.h"
 
