@@ -2,9 +2,9 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
-#include "db/contextconnection.h"
 #include "db/recordset.h"
 #include "db/sqltext.h"
+#include "db/contextconnection.h"
 
 namespace corvane {
 
