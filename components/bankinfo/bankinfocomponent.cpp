@@ -58,7 +58,9 @@ QStringList BankInfoComponent::choose(bankinfo::Kind kind, const QString& title,
         };
         QWidget* owner = QApplication::activeWindow();
         LookupDialog dialog(title, emptyHint(kind), fetch, filter, owner);
-        if (ratFS_ != 1.0f) {
+        // The desktop's font suits the desktop's screen already: the ratio may
+        // make the text smaller on a small screen, never larger.
+        if (ratFS_ < 1.0f) {
             QFont font = dialog.font();
             font.setPointSizeF(font.pointSizeF() * ratFS_);
             dialog.setFont(font);

@@ -6,6 +6,7 @@
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet.h"
 #include "screens/bank/frmbankdet1.h"
+#include "screens/cldet/frmcldet.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -28,6 +29,8 @@ std::unique_ptr<QWidget> openScreen(const QString& name)
         return std::make_unique<frmbankdet>();
     if (name == QLatin1String("frmaddinfo"))
         return std::make_unique<FrmAddInfo>();
+    if (name == QLatin1String("frmcldet"))
+        return std::make_unique<frmcldet>();
     return std::make_unique<FrmAddInfo1>();
 }
 
@@ -52,7 +55,7 @@ private slots:
     void init()
     {
         db_->startAfresh({QStringLiteral("FBT_AddInfo"), QStringLiteral("FBT_MiscInf"), QStringLiteral("FBT_BankDet"),
-                          QStringLiteral("Bank_Master")});
+                          QStringLiteral("Bank_Master"), QStringLiteral("FBT_Info")});
         modbase().Code = QStringLiteral("C001");
         modbase().TYear = 2008;
         modbase().prompter = std::make_shared<ScriptedPrompter>();
@@ -69,7 +72,7 @@ private slots:
         QTest::addColumn<QString>("screen");
         QTest::addColumn<QSize>("size");
         const QList<QSize> sizes{QSize(1024, 768), QSize(1280, 800), QSize(1366, 768), QSize(1920, 1080)};
-        for (const char* screen : {"frmbankdet1", "frmbankdet", "frmaddinfo", "frmaddinfo1"})
+        for (const char* screen : {"frmbankdet1", "frmbankdet", "frmaddinfo", "frmaddinfo1", "frmcldet"})
             for (const QSize& size : sizes)
                 QTest::newRow(qPrintable(QStringLiteral("%1 at %2x%3").arg(QLatin1String(screen)).arg(size.width()).arg(size.height())))
                     << QString::fromLatin1(screen) << size;
