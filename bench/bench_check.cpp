@@ -20,7 +20,7 @@ using namespace corvane;
 namespace {
 
 constexpr int kTables = 8;
-constexpr int kRowBytes = 200; // a fixed-length row of the tables below, about
+constexpr int kRowBytes = 750; // a row of the tables below with its index entries, about
 
 void generate(Connection& connection, int megabytes)
 {
