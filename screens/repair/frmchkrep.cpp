@@ -5,8 +5,8 @@
 #include "core/progress.h"
 #include "core/prompter.h"
 #include "core/resumenext.h"
-#include "core/screenkeys.h"
-#include "core/screenscaling.h"
+#include "ui/screenkeys.h"
+#include "ui/screenscaling.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>

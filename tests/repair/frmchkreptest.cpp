@@ -1,6 +1,6 @@
 #include "tabledamage.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "screens/repair/frmchkrep.h"
