@@ -23,9 +23,6 @@ public:
     explicit frmchkrep(QWidget* parent = nullptr);
     ~frmchkrep() override;
 
-    const QList<TableProblem>& problems() const { return problems_; }
-    bool running() const { return running_; }
-
 public slots:
     void CHECKTABLES();
     void cmdrepair_Click();
