@@ -14,6 +14,7 @@
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet1.h"
 #include "screens/cldet/frmcldet.h"
+#include "screens/repair/frmchkrep.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -138,9 +139,17 @@ void ClsMain::ShowReturn() {}
 QString ClsMain::vTmpPath() const { return modbase().vTmpPath; }
 void ClsMain::setvTmpPath(const QString& value) { modbase().vTmpPath = value; }
 
-void ClsMain::RepairData(QWidget*)
+void ClsMain::RepairData(QWidget* OwnFrm)
 {
+    // Modal over the host's form; unloaded when closed, so each call checks afresh.
+    static QPointer<frmchkrep> instance;
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("REPAIRDATA"));
+    guard([OwnFrm] {
+        if (!instance)
+            instance = new frmchkrep(OwnFrm);
+        instance->exec();
+        delete instance;
+    });
 }
 
 void ClsMain::BackUp() {}
