@@ -12,6 +12,7 @@
 #include "core/qtprompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "screens/backup/frmbackup.h"
 #include "screens/bank/frmbankdet1.h"
 
 #include <QComboBox>
@@ -131,7 +132,14 @@ void ClsMain::RepairData(QWidget*)
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("REPAIRDATA"));
 }
 
-void ClsMain::BackUp() {}
+void ClsMain::BackUp()
+{
+    auto guard = silentGuard();
+    guard([] {
+        frmbackup form;
+        form.exec();
+    });
+}
 
 void ClsMain::DeleteClient(const QString& Cd)
 {
