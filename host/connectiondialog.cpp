@@ -1,6 +1,6 @@
 #include "host/connectiondialog.h"
 
-#include "core/screenkeys.h"
+#include "ui/screenkeys.h"
 
 #include "ui_connectiondialog.h"
 

@@ -2,7 +2,7 @@
 
 #include "ui_mainwindow.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/prompter.h"
 #include "host/assessmentyears.h"
 #include "host/clientdialog.h"

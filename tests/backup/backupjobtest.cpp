@@ -1,5 +1,5 @@
 #include "components/zip/ziplib.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/modbase.h"
 #include "core/progress.h"
 #include "core/prompter.h"

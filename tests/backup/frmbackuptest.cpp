@@ -1,5 +1,5 @@
 #include "core/chooser.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "core/settings.h"

@@ -102,30 +102,6 @@ private slots:
         QVERIFY(!again.demoOffered());
     }
 
-    void startCopiesTheShippedFiles()
-    {
-        // GIVEN a program folder with its Data files and an empty application folder
-        QTemporaryDir program, app;
-        QDir().mkpath(program.path() + "/Data");
-        QFile states(program.path() + "/Data/StateCodes.txt");
-        QVERIFY(states.open(QIODevice::WriteOnly));
-        states.write("Goa\n");
-        states.close();
-        QFile kept(app.path() + "/Data/StateCodes.txt");
-        // WHEN the files are provided twice, the second time over a changed copy
-        HostSession::provideDataFiles(program.path(), app.path());
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), QByteArray("Goa\n"));
-        kept.close();
-        QVERIFY(kept.open(QIODevice::WriteOnly));
-        kept.write("Goa, Kerala\n");
-        kept.close();
-        HostSession::provideDataFiles(program.path(), app.path());
-        // THEN the application folder has them, and its own changes are kept
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), QByteArray("Goa, Kerala\n"));
-    }
-
     void failedConnectionSaysWhyAndLetsTheUserFixIt_data()
     {
         QTest::addColumn<bool>("fixed");

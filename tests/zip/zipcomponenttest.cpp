@@ -1,6 +1,6 @@
 #include "components/zip/ziplib.h"
 #include "components/zip/zipengine.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/modbase.h"
 #include "core/progress.h"
 #include "support/testlog.h"
