@@ -112,30 +112,36 @@ qint64 exportTable(Connection& connection, const QString& table, const QString& 
     const QString key = singleKeyColumn(connection, table);
 
     ExportFile out(filePath);
-    out.write(names.join(QLatin1Char('\t')));
     qint64 written = 0;
-    QVariant lastKey;
-    for (bool first = true;; first = false) {
-        // Keyset paging along the primary key; without one, plain offsets.
-        QString sql;
-        if (!key.isEmpty()) {
-            sql = QStringLiteral("SELECT %1, %2 FROM %3").arg(line, sqlName(key), name);
-            if (!first)
-                sql += QStringLiteral(" WHERE %1 > %2").arg(sqlName(key), sqlLiteral(lastKey));
-            sql += QStringLiteral(" ORDER BY %1 LIMIT %2").arg(sqlName(key)).arg(chunkRows);
-        } else {
-            sql = QStringLiteral("SELECT %1 FROM %2 LIMIT %3 OFFSET %4").arg(line, name).arg(chunkRows).arg(written);
+    // A table that cannot be read leaves no half-written export behind.
+    try {
+        out.write(names.join(QLatin1Char('\t')));
+        QVariant lastKey;
+        for (bool first = true;; first = false) {
+            // Keyset paging along the primary key; without one, plain offsets.
+            QString sql;
+            if (!key.isEmpty()) {
+                sql = QStringLiteral("SELECT %1, %2 FROM %3").arg(line, sqlName(key), name);
+                if (!first)
+                    sql += QStringLiteral(" WHERE %1 > %2").arg(sqlName(key), sqlLiteral(lastKey));
+                sql += QStringLiteral(" ORDER BY %1 LIMIT %2").arg(sqlName(key)).arg(chunkRows);
+            } else {
+                sql = QStringLiteral("SELECT %1 FROM %2 LIMIT %3 OFFSET %4").arg(line, name).arg(chunkRows).arg(written);
+            }
+            const Connection::Result chunk = connection.query(sql);
+            for (const auto& row : chunk.rows)
+                out.write(row.at(0).toString());
+            written += chunk.rows.size();
+            if (chunk.rows.size() < chunkRows)
+                break;
+            if (!key.isEmpty())
+                lastKey = chunk.rows.last().at(1);
         }
-        const Connection::Result chunk = connection.query(sql);
-        for (const auto& row : chunk.rows)
-            out.write(row.at(0).toString());
-        written += chunk.rows.size();
-        if (chunk.rows.size() < chunkRows)
-            break;
-        if (!key.isEmpty())
-            lastKey = chunk.rows.last().at(1);
+        out.close();
+    } catch (...) {
+        QFile::remove(filePath);
+        throw;
     }
-    out.close();
     return written;
 }
 
