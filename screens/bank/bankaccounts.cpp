@@ -54,16 +54,23 @@ QVector<QStringList> BankAccounts::fetch(int year, ResumeNext& guard) const
     });
     if (!rs.isOpen())
         return rows;
-    guard([&] {
-        for (; !rs.eof(); rs.moveNext()) {
-            QStringList cells;
-            for (int f = kFirstAccountField; f < rs.fieldCount() && f - kFirstAccountField < ColumnCount; ++f)
-                cells << rs.text(f);
-            while (cells.size() < ColumnCount)
-                cells << QString();
-            rows.push_back(cells);
+    // Each cell is its own statement: one failing read leaves only that cell empty.
+    bool more = false;
+    guard([&] { more = !rs.eof(); });
+    while (more) {
+        QStringList cells;
+        for (int c = 0; c < ColumnCount; ++c) {
+            QString cell;
+            guard([&] { cell = rs.text(kFirstAccountField + c); });
+            cells << cell;
         }
-    });
+        rows.push_back(cells);
+        more = false;
+        guard([&] {
+            rs.moveNext();
+            more = !rs.eof();
+        });
+    }
     return rows;
 }
 
