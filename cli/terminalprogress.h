@@ -2,6 +2,7 @@
 
 #include "core/progress.h"
 
+#include <QString>
 #include <QTextStream>
 #include <unistd.h>
 

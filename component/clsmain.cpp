@@ -12,6 +12,7 @@
 #include "ui/qtprompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "screens/backup/frmbackup.h"
 #include "screens/bank/frmbankdet1.h"
 #include "screens/cldet/frmcldet.h"
 #include "screens/repair/frmchkrep.h"
@@ -152,7 +153,14 @@ void ClsMain::RepairData(QWidget* OwnFrm)
     });
 }
 
-void ClsMain::BackUp() {}
+void ClsMain::BackUp()
+{
+    auto guard = silentGuard();
+    guard([] {
+        frmbackup form;
+        form.exec();
+    });
+}
 
 void ClsMain::DeleteClient(const QString& Cd)
 {

@@ -1,6 +1,7 @@
 #include "component/components.h"
 
 #include "components/bankinfo/bankinfocomponent.h"
+#include "components/zip/zipcomponent.h"
 #include "core/objectregistry.h"
 
 namespace corvane {
@@ -9,6 +10,7 @@ void registerDefaultComponents()
 {
     ObjectRegistry& registry = ObjectRegistry::instance();
     registry.registerClass(kBankInfoClass, [] { return std::make_shared<BankInfoComponent>(); });
+    registerZipComponent();
 }
 
 } // namespace corvane

@@ -1,0 +1,104 @@
+#include "screens/backup/archivelayout.h"
+#include "support/clirunner.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QtTest>
+
+using namespace corvane;
+
+// `corvane backup` from a shell, against the run's server.
+class BackupCliTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+    QTemporaryDir dest_;
+
+    QString archive() const
+    {
+        return backup::archiveFilePath(dest_.path(), backup::archiveBaseName(QDate::currentDate()));
+    }
+    test::CliResult backUp(const QStringList& args)
+    {
+        return test::runCli(test::databaseArgs(*db_) + QStringList{"--app-path", db_->appPath(), "backup"} + args);
+    }
+    static QByteArray digest(const QString& path)
+    {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? QCryptographicHash::hash(f.readAll(), QCryptographicHash::Sha1) : QByteArray();
+    }
+
+private slots:
+    void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("backupcli")); }
+    void cleanupTestCase() { db_.reset(); }
+
+    void backsUpThenAsksBeforeReplacing()
+    {
+        test::CliResult r = backUp({dest_.path()});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        QCOMPARE(r.out.trimmed(), archive());
+        QVERIFY(r.err.contains("Backup Completed."));
+        QVERIFY(QFileInfo(archive()).isFile());
+        const QByteArray before = digest(archive());
+
+        // No terminal and no --yes: the question is refused, the archive kept.
+        r = backUp({dest_.path()});
+        QCOMPARE(r.status, 1);
+        QVERIFY2(r.err.contains(QString("File [%1] already Exists. Do you want to delete it? [no]").arg(archive())),
+                 qPrintable(r.err));
+        QVERIFY(r.out.isEmpty());
+        QCOMPARE(digest(archive()), before);
+
+        r = backUp({dest_.path(), "--yes"});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        QCOMPARE(r.out.trimmed(), archive());
+    }
+
+    void keepDeletesAllButTheNewest()
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        const QStringList older{"FBT01-Jan-20.ZIP", "FBT02-Jan-20.ZIP", "FBT03-Jan-20.ZIP"};
+        for (int i = 0; i < older.size(); ++i) {
+            QFile f(dest_.filePath(older.at(i)));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            QVERIFY(f.setFileTime(now.addDays(-10 + i), QFileDevice::FileModificationTime));
+        }
+        QFile other(dest_.filePath("notes.ZIP"));
+        QVERIFY(other.open(QIODevice::WriteOnly));
+        other.close();
+
+        const test::CliResult r = backUp({dest_.path(), "--yes", "--keep", "2"});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        QStringList left = QDir(dest_.path()).entryList({"*.ZIP"}, QDir::Files);
+        left.sort();
+        QStringList expected{QFileInfo(archive()).fileName(), "FBT03-Jan-20.ZIP", "notes.ZIP"};
+        expected.sort();
+        QCOMPARE(left, expected);
+    }
+
+    void failuresAndWrongUsage_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("missing folder") << QStringList{"/nonexistent/corvane"} << 1 << "Directory does not Exists.";
+        QTest::newRow("keep zero") << QStringList{"/tmp", "--keep", "0"} << 2 << "--keep takes a number";
+        QTest::newRow("keep not a number") << QStringList{"/tmp", "--keep", "x"} << 2 << "--keep takes a number";
+        QTest::newRow("two folders") << QStringList{"/tmp", "/var"} << 2 << "unexpected argument /var";
+    }
+    void failuresAndWrongUsage()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, message);
+        const test::CliResult r = backUp(args);
+        QCOMPARE(r.status, status);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(r.out.isEmpty());
+    }
+};
+
+CORVANE_TEST_CLASS(BackupCliTest)
+#include "backupclitest.moc"

@@ -1,0 +1,191 @@
+#include "core/chooser.h"
+#include "component/components.h"
+#include "core/modbase.h"
+#include "core/prompter.h"
+#include "core/settings.h"
+#include "screens/backup/archivelayout.h"
+#include "screens/backup/frmbackup.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QtTest>
+
+using namespace corvane;
+
+namespace {
+
+const QDate kToday(2026, 3, 5);
+
+template <typename T>
+T* child(QWidget& form, const char* name)
+{
+    T* widget = form.findChild<T*>(QLatin1String(name));
+    if (!widget)
+        qFatal("no control %s", name);
+    return widget;
+}
+
+void click(QWidget& form, const char* button)
+{
+    QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
+}
+
+} // namespace
+
+// The backup screen, driven like a user would, on the run's server.
+class FrmBackupTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<test::TestDatabase> db_;
+    std::shared_ptr<ScriptedPrompter> prompts_;
+    std::shared_ptr<ScriptedChooser> chooser_;
+    QTemporaryDir dest_;
+    QTemporaryDir temp_;
+
+    std::unique_ptr<frmbackup> open()
+    {
+        auto form = std::make_unique<frmbackup>();
+        form->show();
+        QApplication::setActiveWindow(form.get());
+        return form;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        registerDefaultComponents();
+        db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmbackup"));
+    }
+    void cleanupTestCase() { db_.reset(); }
+
+    void init()
+    {
+        db_->startAfresh({});
+        QFile::remove(db_->appPath() + "/Confg.ini");
+        modbase().clock = [] { return QDateTime(kToday, QTime(9, 30)); };
+        modbase().vTmpPath = temp_.path() + '/';
+        prompts_ = std::make_shared<ScriptedPrompter>();
+        modbase().prompter = prompts_;
+        chooser_ = std::make_shared<ScriptedChooser>();
+        modbase().chooser = chooser_;
+    }
+
+    void defaultFolder_data()
+    {
+        QTest::addColumn<QString>("saved");
+        QTest::addColumn<bool>("savedIsUsed");
+        QTest::newRow("nothing saved") << QString() << false;
+        QTest::newRow("saved folder exists") << "dest" << true;
+        QTest::newRow("saved folder is gone") << "/nonexistent/corvane" << false;
+    }
+    void defaultFolder()
+    {
+        QFETCH(QString, saved);
+        QFETCH(bool, savedIsUsed);
+        if (saved == "dest")
+            saved = dest_.path();
+        if (!saved.isEmpty())
+            SaveSettingINI("Settings", "BKDir", saved);
+        // GIVEN the saved folder WHEN the screen opens
+        auto form = open();
+        // THEN the path is the saved folder, else the desktop folder, else home
+        const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+        const QString fallback = QFileInfo(desktop).isDir() ? desktop : QDir::homePath();
+        QCOMPARE(child<QLineEdit>(*form, "txtpath")->text(), savedIsUsed ? saved : fallback);
+        QVERIFY(child<QGroupBox>(*form, "Frame1")->isVisible());
+        QVERIFY(!child<QGroupBox>(*form, "Frame3")->isVisible());
+    }
+
+    void browseFillsThePath()
+    {
+        auto form = open();
+        auto* path = child<QLineEdit>(*form, "txtpath");
+        path->setText("/before");
+        // WHEN the user picks a folder THEN it is the path; WHEN he cancels THEN the path stays
+        chooser_->then(dest_.path());
+        click(*form, "cmdsource");
+        QCOMPARE(path->text(), dest_.path());
+        click(*form, "cmdsource");
+        QCOMPARE(path->text(), dest_.path());
+        QCOMPARE(chooser_->titles().size(), 2);
+    }
+
+    void emptyPathIsRefused()
+    {
+        auto form = open();
+        child<QLineEdit>(*form, "txtpath")->clear();
+        click(*form, "cmdok");
+        QCOMPARE(prompts_->texts(), QStringList{"Please select a path."});
+        QVERIFY(form->isVisible());
+        QVERIFY(child<QGroupBox>(*form, "Frame1")->isVisible());
+    }
+
+    void backupShowsProgressAndCloses()
+    {
+        // GIVEN a destination folder
+        auto form = open();
+        child<QLineEdit>(*form, "txtpath")->setText(dest_.path());
+        auto* bar = child<QProgressBar>(*form, "pb1");
+        auto* label = child<QLabel>(*form, "lblcopying");
+        QList<int> values;
+        QStringList texts;
+        bool progressShown = false;
+        connect(bar, &QProgressBar::valueChanged, this, [&](int v) {
+            values << v;
+            if (texts.isEmpty() || texts.last() != label->text())
+                texts << label->text();
+            progressShown = progressShown || (child<QGroupBox>(*form, "Frame3")->isVisible()
+                                              && !child<QGroupBox>(*form, "Frame1")->isVisible());
+        });
+        // WHEN the user backs up
+        click(*form, "cmdok");
+        // THEN the archive is made, the progress advanced per file and per table, and the screen closed
+        QCOMPARE(prompts_->texts(), QStringList{"Backup Completed."});
+        QVERIFY(QFileInfo(backup::archiveFilePath(dest_.path(), backup::archiveBaseName(kToday))).isFile());
+        QVERIFY(progressShown);
+        QVERIFY(!form->isVisible());
+        QCOMPARE(form->result(), int(QDialog::Accepted));
+        QVERIFY(texts.contains("Copying Databases"));
+        QVERIFY(texts.contains("Compressing Backup....."));
+        const int tables = child<QListWidget>(*form, "lsttables")->count();
+        QVERIFY(tables >= 5);
+        QVERIFY(!texts.filter(QRegularExpression(QString("^Copying Table .*\\(%1 of %1\\)$").arg(tables))).isEmpty());
+        QVERIFY(values.count(1) >= 2); // first file, first table
+        QCOMPARE(GetSettingINI("Settings", "BKDir", QString()), dest_.path());
+    }
+
+    void exitAsksFirst_data()
+    {
+        QTest::addColumn<bool>("escape");
+        QTest::newRow("Exit button") << false;
+        QTest::newRow("Escape key") << true;
+    }
+    void exitAsksFirst()
+    {
+        QFETCH(bool, escape);
+        auto form = open();
+        auto leave = [&] {
+            if (escape)
+                QTest::keyClick(form.get(), Qt::Key_Escape);
+            else
+                click(*form, "cmdexit");
+        };
+        prompts_->then(Prompter::Answer::No).then(Prompter::Answer::Yes);
+        leave();
+        QVERIFY(form->isVisible());
+        leave();
+        QVERIFY(!form->isVisible());
+        QCOMPARE(prompts_->texts(), (QStringList{"Do you want to exit?", "Do you want to exit?"}));
+    }
+};
+
+CORVANE_TEST_CLASS(FrmBackupTest)
+#include "frmbackuptest.moc"

@@ -1,0 +1,321 @@
+#include "components/zip/ziplib.h"
+#include "components/zip/zipengine.h"
+#include "component/components.h"
+#include "core/modbase.h"
+#include "core/progress.h"
+#include "support/testlog.h"
+#include "support/testmain.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/stat.h>
+#include <zip.h>
+
+using namespace corvane;
+using corvane::test::logContexts;
+using corvane::test::logLines;
+
+namespace {
+
+struct Entry {
+    QByteArray name;
+    QByteArray data;
+    zip_uint32_t mode = 0; // unix mode with its type bits; 0 = none recorded
+};
+
+// An archive written with libzip directly, with names exactly as given.
+void writeRawArchive(const QString& path, const QList<Entry>& entries)
+{
+    int code = 0;
+    zip_t* za = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    QVERIFY(za);
+    for (const Entry& e : entries) {
+        zip_source_t* src = zip_source_buffer(za, e.data.constData(), zip_uint64_t(e.data.size()), 0);
+        const zip_int64_t index = zip_file_add(za, e.name.constData(), src, ZIP_FL_ENC_RAW);
+        QVERIFY(index >= 0);
+        zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0);
+        if (e.mode)
+            zip_file_set_external_attributes(za, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, e.mode << 16);
+    }
+    QCOMPARE(zip_close(za), 0);
+}
+
+void writeFile(const QString& path, const QByteArray& data)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    QCOMPARE(f.write(data), data.size());
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Every path under a folder, relative, sorted.
+QStringList treeOf(const QString& folder)
+{
+    QStringList out;
+    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext())
+        out << QDir(folder).relativeFilePath(it.next());
+    out.sort();
+    return out;
+}
+
+class RecordingProgress : public Progress {
+public:
+    void setRange(int, int maximum) override { max = maximum; }
+    void setValue(int value) override { values << value; }
+    void setText(const QString&) override {}
+    int max = 0;
+    QList<int> values;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Entry)
+
+class ZipComponentTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir work_;
+    std::shared_ptr<ZipLib> zip_;
+
+    QString path(const QString& name) const { return work_.filePath(name); }
+
+    // A staging-like tree with nested folders, a UTF-8 name, an empty file and an empty folder.
+    QString makeTree(const QString& name)
+    {
+        const QString root = path(name);
+        writeFile(root + "/SQLDATA/fbt/CL_MASTER.MYD", QByteArray(200000, 'x') + "end");
+        writeFile(root + "/SQLDATA/fbt/CL_MASTER.frm", QByteArray("\x00\x01\x02\xff", 4));
+        writeFile(root + QString::fromUtf8("/Tables/Käse ✓"), "code_no\tname\n1\tA\n");
+        writeFile(root + "/Confg.ini", "");
+        QDir().mkpath(root + "/Empty");
+        return root;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(work_.isValid());
+        registerDefaultComponents();
+        modbase().AppPath = work_.path();
+    }
+
+    void init()
+    {
+        QFile::remove(logFilePath());
+        zip_ = CreateObject<ZipLib>(kZipLibClass);
+        QVERIFY(zip_);
+    }
+
+    void roundTripKeepsBytesNamesAndTimes()
+    {
+        const QString root = makeTree("FBT05-Mar-26");
+        const QDateTime stamp(QDate(2026, 3, 5), QTime(10, 20, 30));
+        {
+            QFile f(root + "/Confg.ini");
+            QVERIFY(f.open(QIODevice::ReadWrite));
+            QVERIFY(f.setFileTime(stamp, QFileDevice::FileModificationTime));
+        }
+        const QString archive = path("FBT05-Mar-26.ZIP");
+        RecordingProgress progress;
+        QCOMPARE(zip_->ZipMyFolder("ZIPME", logFilePath(), archive, root, &progress), 0L);
+        QVERIFY(QFileInfo(archive).isFile());
+        QCOMPARE(progress.values.last(), progress.max);
+        QVERIFY(!QFileInfo::exists(path(".FBT05-Mar-26.ZIP.part")));
+
+        const QString out = path("out");
+        QCOMPARE(zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, out), 0L);
+        const QString back = out + "/FBT05-Mar-26";
+        QCOMPARE(treeOf(back), treeOf(root));
+        for (const QString& rel : treeOf(root))
+            if (QFileInfo(root + '/' + rel).isFile())
+                QCOMPARE(readFile(back + '/' + rel), readFile(root + '/' + rel));
+        QCOMPARE(QFileInfo(back + "/Confg.ini").lastModified(), stamp);
+        QVERIFY(logLines().isEmpty());
+
+        if (!QStandardPaths::findExecutable("unzip").isEmpty()) {
+            QProcess unzip;
+            unzip.start("unzip", {"-tq", archive});
+            QVERIFY(unzip.waitForFinished());
+            QCOMPARE(unzip.exitCode(), 0);
+        }
+    }
+
+    void failureLeavesNothingUnderTheName_data()
+    {
+        QTest::addColumn<bool>("oldArchive");
+        QTest::newRow("no archive before") << false;
+        QTest::newRow("an older archive stays as it was") << true;
+    }
+    void failureLeavesNothingUnderTheName()
+    {
+        QFETCH(bool, oldArchive);
+        const QString archive = path("missing.ZIP");
+        QFile::remove(archive);
+        if (oldArchive)
+            writeFile(archive, "old");
+        QVERIFY(zip_->ZipMyFolder("ZIPME", logFilePath(), archive, path("no-such-folder"), nullptr) != 0);
+        QCOMPARE(QFileInfo::exists(archive), oldArchive);
+        if (oldArchive)
+            QCOMPARE(readFile(archive), QByteArray("old"));
+        QCOMPARE(logContexts(), QStringList{"ORVZipLib\tZIPME"});
+    }
+
+    void cancelLeavesNoArchive()
+    {
+        const QString root = makeTree("cancelled");
+        const QString archive = path("cancelled.ZIP");
+        QVERIFY(zip_->ZipMyFolder("ZIPME", logFilePath(), archive, root, nullptr, [] { return true; }) != 0);
+        QVERIFY(!QFileInfo::exists(archive));
+        QCOMPARE(QDir(work_.path()).entryList({"*.part"}, QDir::Hidden | QDir::Files), QStringList());
+    }
+
+    void hostileArchiveWritesNothingOutside_data()
+    {
+        QTest::addColumn<QList<Entry>>("entries");
+        QTest::newRow("dot-dot") << QList<Entry>{{"../x", "evil"}};
+        QTest::newRow("dot-dot deep") << QList<Entry>{{"ok/../../x", "evil"}};
+        QTest::newRow("absolute") << QList<Entry>{{"/tmp/corvane-zip-absolute-x", "evil"}};
+        QTest::newRow("backslash route") << QList<Entry>{{"a\\..\\..\\x", "evil"}};
+        QTest::newRow("drive letter") << QList<Entry>{{"C:\\x", "evil"}};
+        QTest::newRow("symbolic link then a file through it")
+            << QList<Entry>{{"link", "..", S_IFLNK | 0777}, {"link/x", "evil"}};
+        QTest::newRow("link to an absolute target") << QList<Entry>{{"abs", "/tmp", S_IFLNK | 0777}};
+        QTest::newRow("device file") << QList<Entry>{{"dev", "", S_IFCHR | 0644}};
+        QTest::newRow("good entries before a bad one") << QList<Entry>{{"good", "fine"}, {"../x", "evil"}};
+    }
+    void hostileArchiveWritesNothingOutside()
+    {
+        QFETCH(QList<Entry>, entries);
+        QTemporaryDir area;
+        const QString archive = area.filePath("hostile.zip");
+        writeRawArchive(archive, entries);
+        const QString target = area.filePath("inner/extract");
+        QVERIFY(QDir().mkpath(target));
+
+        QVERIFY(zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, target) != 0);
+        QCOMPARE(treeOf(area.path()), (QStringList{"hostile.zip", "inner", "inner/extract"}));
+        QVERIFY(!QFileInfo::exists("/tmp/corvane-zip-absolute-x"));
+        QCOMPARE(logContexts(), QStringList{"ORVZipLib\tUNZIPME"});
+        QVERIFY(logLines().first().contains("refused"));
+    }
+
+    void linkAlreadyInTheFolderIsNotFollowed_data()
+    {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::newRow("file through the link") << QByteArray("link/x");
+        QTest::newRow("file named as the link") << QByteArray("link");
+    }
+    void linkAlreadyInTheFolderIsNotFollowed()
+    {
+        QFETCH(QByteArray, entry);
+        QTemporaryDir area;
+        const QString outside = area.filePath("outside");
+        QVERIFY(QDir().mkpath(outside));
+        writeFile(outside + "/keep", "kept");
+        const QString target = area.filePath("extract");
+        QVERIFY(QDir().mkpath(target));
+        QVERIFY(QFile::link(entry == "link" ? outside + "/keep" : outside, target + "/link"));
+        const QString archive = area.filePath("a.zip");
+        writeRawArchive(archive, {{entry, "evil"}});
+
+        const long result = zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, target);
+        QCOMPARE(treeOf(outside), QStringList{"keep"});
+        QCOMPARE(readFile(outside + "/keep"), QByteArray("kept"));
+        if (entry == "link/x") {
+            QVERIFY(result != 0);
+            QCOMPARE(logContexts(), QStringList{"ORVZipLib\tUNZIPME"});
+        } else {
+            // The link itself is replaced by a plain file; its target is untouched.
+            QCOMPARE(result, 0L);
+            QVERIFY(!QFileInfo(target + "/link").isSymLink());
+            QCOMPARE(readFile(target + "/link"), QByteArray("evil"));
+        }
+    }
+
+    void damagedArchiveIsRefused_data()
+    {
+        QTest::addColumn<QString>("damage");
+        QTest::newRow("a byte of the data flipped") << "flip";
+        QTest::newRow("cut in half") << "truncate";
+        QTest::newRow("not an archive") << "text";
+    }
+    void damagedArchiveIsRefused()
+    {
+        QFETCH(QString, damage);
+        QTemporaryDir area;
+        const QString archive = area.filePath("a.zip");
+        const QByteArray data(5000, 'a');
+        writeRawArchive(archive, {{"file", data}});
+        QByteArray bytes = readFile(archive);
+        if (damage == "flip") {
+            const qsizetype at = bytes.indexOf(QByteArray(100, 'a'));
+            QVERIFY(at > 0);
+            bytes[at + 50] = 'b';
+        } else if (damage == "truncate") {
+            bytes.truncate(bytes.size() / 2);
+        } else {
+            bytes = "this is not a zip file";
+        }
+        writeFile(archive, bytes);
+        const QString target = area.filePath("extract");
+        QVERIFY(zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, target) != 0);
+        QCOMPARE(logContexts(), QStringList{"ORVZipLib\tUNZIPME"});
+    }
+
+    void entryNameRules_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("plain") << QByteArray("a/b/c") << false;
+        QTest::newRow("folder entry") << QByteArray("a/") << false;
+        QTest::newRow("dot part") << QByteArray("./a") << false;
+        QTest::newRow("dots inside a name") << QByteArray("a..b/..c") << false;
+        QTest::newRow("empty") << QByteArray("") << true;
+        QTest::newRow("only separators") << QByteArray("//") << true;
+        QTest::newRow("leading dot-dot") << QByteArray("../a") << true;
+        QTest::newRow("trailing dot-dot") << QByteArray("a/..") << true;
+        QTest::newRow("absolute") << QByteArray("/etc/x") << true;
+        QTest::newRow("backslash absolute") << QByteArray("\\x") << true;
+        QTest::newRow("backslash dot-dot") << QByteArray("a\\..\\..\\x") << true;
+        QTest::newRow("drive") << QByteArray("C:x") << true;
+    }
+    void entryNameRules()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(bool, refused);
+        QCOMPARE(!zip::refusedEntryReason(name).isEmpty(), refused);
+    }
+
+    void missingComponentCannotBeCreated()
+    {
+        ObjectRegistry::instance().unregisterClass(kZipLibClass);
+        bool refused = false;
+        try {
+            CreateObject<ZipLib>(kZipLibClass);
+        } catch (const Failure& f) {
+            refused = f.number() == err::CannotCreateObject;
+        }
+        registerDefaultComponents();
+        QVERIFY(refused);
+        QVERIFY(CreateObject<ZipLib>(kZipLibClass));
+    }
+};
+
+CORVANE_TEST_CLASS(ZipComponentTest)
+#include "zipcomponenttest.moc"
