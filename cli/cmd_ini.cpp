@@ -25,9 +25,8 @@ int runIni(Invocation& inv)
             throw UsageError(problem.toStdString());
         if (SaveSettingINI(inv.words.at(1), inv.words.at(2), inv.words.at(3), file))
             return 0;
-        inv.err << "corvane: the setting was not written to "
-                << (file.isEmpty() ? settingsFileFor(inv.words.at(1), inv.words.at(2)) : file)
-                << "; the reason is logged in " << logFilePath() << Qt::endl;
+        inv.err << "corvane: the setting was not written: " << lastLoggedDescription() << " (" << logNote() << ")"
+                << Qt::endl;
         return 1;
     }
     if (action == QStringLiteral("path")) {

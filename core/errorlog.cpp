@@ -11,6 +11,7 @@ namespace corvane {
 
 namespace {
 QString g_lastWriteError;
+QString g_lastDescription;
 }
 
 QString logFilePath()
@@ -21,6 +22,18 @@ QString logFilePath()
 QString lastLogWriteError()
 {
     return g_lastWriteError;
+}
+
+QString lastLoggedDescription()
+{
+    return g_lastDescription;
+}
+
+QString logNote()
+{
+    if (!g_lastWriteError.isEmpty())
+        return QStringLiteral("it could not be logged: ") + g_lastWriteError;
+    return QStringLiteral("logged in ") + logFilePath();
 }
 
 QString logTimestamp()
@@ -35,7 +48,8 @@ void LogError()
         return;
 
     auto flat = [](QString s) {
-        // A description with line breaks would break the one-line-per-failure rule.
+        // A line break would split the line, a tab would add a field.
+        s.replace(QLatin1Char('\t'), QLatin1Char(' '));
         s.replace(QLatin1Char('\r'), QLatin1Char(' '));
         s.replace(QLatin1Char('\n'), QLatin1Char(' '));
         return s;
@@ -44,6 +58,7 @@ void LogError()
         + QLatin1Char('\t') + flat(error->source()) + QLatin1Char('\t') + flat(error->description())
         + QLatin1Char('\t') + modbase().ErrContext + QLatin1Char('\n');
     const QByteArray bytes = line.toUtf8();
+    g_lastDescription = error->description();
 
     // One write on an O_APPEND descriptor, so lines of several processes never interleave.
     const QByteArray path = logFilePath().toLocal8Bit();
@@ -53,8 +68,10 @@ void LogError()
         return;
     }
     const ssize_t written = ::write(fd, bytes.constData(), size_t(bytes.size()));
-    if (written != bytes.size())
-        g_lastWriteError = QStringLiteral("cannot write %1: %2").arg(logFilePath(), QString::fromLocal8Bit(std::strerror(errno)));
+    if (written != bytes.size()) {
+        const int error = written < 0 ? errno : ENOSPC; // a short write sets no errno
+        g_lastWriteError = QStringLiteral("cannot write %1: %2").arg(logFilePath(), QString::fromLocal8Bit(std::strerror(error)));
+    }
     else
         g_lastWriteError.clear();
     ::close(fd);
