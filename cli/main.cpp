@@ -1,8 +1,10 @@
 #include "cli/command.h"
 #include "cli/consoleprompter.h"
 
+#include "core/errorlog.h"
 #include "core/failure.h"
 #include "core/modbase.h"
+#include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/privateserver.h"
 
@@ -158,6 +160,7 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     inv.connection = ConnectionSettings::fromConfig(inv.appPath);
     if (global.contains(QStringLiteral("--server")) || global.contains(QStringLiteral("--socket"))) {
         inv.connection.privateServer = false;
+        inv.connection.problem.clear(); // the options say where the server is
         inv.connection.server = global.value(QStringLiteral("--server"));
         inv.connection.socket = global.value(QStringLiteral("--socket"));
     }
@@ -203,7 +206,15 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     m.prompter = std::make_shared<ConsolePrompter>(policy, err);
     m.chooser = std::make_shared<ConsoleChooser>();
 
-    return command->run(inv);
+    // A table the server repaired on the way is reported also when the command failed.
+    try {
+        const int status = command->run(inv);
+        inv.reportServerRepairs();
+        return status;
+    } catch (...) {
+        inv.reportServerRepairs();
+        throw;
+    }
 }
 
 } // namespace
@@ -225,12 +236,29 @@ void Invocation::expectWords(int minimum, int maximum) const
 
 std::shared_ptr<Connection> Invocation::connect(bool createDatabase)
 {
-    if (connection.privateServer)
-        PrivateServer(appPath).start([this](const QString& text) { err << text << Qt::endl; });
+    if (connection.privateServer) {
+        PrivateServer server(appPath);
+        if (serverLogOffset_ < 0)
+            serverLogOffset_ = server.logSize();
+        server.start([this](const QString& text) { err << text << Qt::endl; });
+    }
     auto c = std::make_shared<Connection>();
     c->open(connection, createDatabase);
     modbase().CnnObj = c;
     return c;
+}
+
+void Invocation::reportServerRepairs()
+{
+    if (serverLogOffset_ < 0)
+        return;
+    const QStringList reports = PrivateServer(appPath).repairReports(serverLogOffset_);
+    serverLogOffset_ = -1;
+    ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("STARTSERVER"));
+    for (const QString& line : reports) {
+        guard([&] { throw Failure(145, QStringLiteral("MariaDB"), line); });
+        err << "corvane: the database server reports: " << line << " (" << logNote() << ")" << Qt::endl;
+    }
 }
 
 CommandRegistration::CommandRegistration(Command command)
