@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace corvane {
@@ -12,7 +13,17 @@ namespace corvane {
 namespace {
 QString g_lastWriteError;
 QString g_lastDescription;
+
+// Half a line would run into the next one: takes back the bytes of a failed
+// write unless another process has appended after them.
+void takeBack(int fd, qsizetype written)
+{
+    struct stat st{};
+    const off_t end = ::lseek(fd, 0, SEEK_CUR);
+    if (written > 0 && end >= written && ::fstat(fd, &st) == 0 && st.st_size == end)
+        [[maybe_unused]] const int ignored = ::ftruncate(fd, end - written);
 }
+} // namespace
 
 QString logFilePath()
 {
@@ -60,20 +71,32 @@ void LogError()
     const QByteArray bytes = line.toUtf8();
     g_lastDescription = error->description();
 
-    // One write on an O_APPEND descriptor, so lines of several processes never interleave.
+    // One write on an O_APPEND descriptor (a second only after a short one),
+    // so lines of several processes never interleave.
     const QByteArray path = logFilePath().toLocal8Bit();
     const int fd = ::open(path.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
     if (fd < 0) {
         g_lastWriteError = QStringLiteral("cannot open %1: %2").arg(logFilePath(), QString::fromLocal8Bit(std::strerror(errno)));
         return;
     }
-    const ssize_t written = ::write(fd, bytes.constData(), size_t(bytes.size()));
-    if (written != bytes.size()) {
-        const int error = written < 0 ? errno : ENOSPC; // a short write sets no errno
-        g_lastWriteError = QStringLiteral("cannot write %1: %2").arg(logFilePath(), QString::fromLocal8Bit(std::strerror(error)));
+    qsizetype written = 0;
+    int writeError = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + written, size_t(bytes.size() - written));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            writeError = n < 0 ? errno : ENOSPC;
+            break;
+        }
+        written += n;
     }
-    else
+    if (writeError) {
+        takeBack(fd, written);
+        g_lastWriteError = QStringLiteral("cannot write %1: %2").arg(logFilePath(), QString::fromLocal8Bit(std::strerror(writeError)));
+    } else {
         g_lastWriteError.clear();
+    }
     ::close(fd);
 }
 
