@@ -376,9 +376,7 @@ void write(const QString& file, const QString& section, const QString& key, cons
 
     if (!QDir().mkpath(info.absolutePath()))
         throw Failure(err::PathNotFound, kSource, QStringLiteral("Cannot create the folder %1").arg(info.absolutePath()));
-    // A file that holds a database password is readable by its owner only.
-    const auto password = lookup(updated, "MySql", "Password");
-    replaceFile(file, updated, password && !unquoted(*password).isEmpty() ? 0600 : -1);
+    replaceFile(file, updated);
 }
 
 } // namespace corvane::IniFile
