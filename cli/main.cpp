@@ -5,6 +5,7 @@
 #include "core/appfolder.h"
 #include "core/errorlog.h"
 #include "core/failure.h"
+#include "core/freespace.h"
 #include "core/modbase.h"
 #include "core/resumenext.h"
 #include "db/connection.h"
@@ -86,6 +87,23 @@ AppFolder appFolder(const QMap<QString, QString>& global)
 }
 
 std::unique_ptr<QCoreApplication> g_app;
+
+// A lost connection to the private server whose disk is full: the server
+// waited for space until the client gave up. Say so.
+Failure withLikelyCause(const Invocation& inv, const Failure& failure)
+{
+    constexpr qint64 kNearlyFull = 4 * 1024 * 1024;
+    if (!inv.connection.privateServer || (failure.number() != 2013 && failure.number() != 2006))
+        return failure;
+    const QString folder = PrivateServer(inv.appPath).dataDir();
+    const qint64 free = freeBytes(folder);
+    if (free < 0 || free >= kNearlyFull)
+        return failure;
+    return Failure(failure.number(), failure.source(),
+                   QStringLiteral("%1; the disk of the database folder %2 is full (%3 bytes free)")
+                       .arg(failure.description(), folder)
+                       .arg(free));
+}
 
 int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QTextStream& err)
 {
@@ -237,6 +255,9 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
         const int status = command->run(inv);
         inv.reportServerRepairs();
         return status;
+    } catch (const Failure& failure) {
+        inv.reportServerRepairs();
+        throw withLikelyCause(inv, failure);
     } catch (...) {
         inv.reportServerRepairs();
         throw;
