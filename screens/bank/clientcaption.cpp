@@ -4,7 +4,7 @@
 #include "core/resumenext.h"
 #include "db/recordset.h"
 #include "db/sqltext.h"
-#include "screens/bank/bankconnection.h"
+#include "db/contextconnection.h"
 
 namespace corvane {
 
@@ -21,7 +21,7 @@ QString clientCaption(const QString& caption)
     auto guard = silentGuard();
     guard([&] {
         Recordset rs;
-        rs.open(QStringLiteral("select Name from FBT_Info where code_no=") + sqlQuote(m.Code), bankConnection());
+        rs.open(QStringLiteral("select Name from FBT_Info where code_no=") + sqlQuote(m.Code), contextConnection());
         if (!rs.eof())
             name = rs.text(0).trimmed();
     });

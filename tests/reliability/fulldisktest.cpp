@@ -1,10 +1,13 @@
 #include "faults.h"
+#include "support/clirunner.h"
+#include "support/testdatabase.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 #include <sys/stat.h>
 
+using namespace corvane;
 using namespace corvane::test;
 
 // Settings and imports on a failing machine: a full disk, a file that cannot be read.
@@ -83,6 +86,26 @@ private slots:
         struct stat st{};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
         QCOMPARE(int(st.st_mode & 0777), mode);
+    }
+
+    void anExportOnAFullDiskLeavesTheOldFile()
+    {
+        // GIVEN a client list exported before, on a disk that is now full
+        TestDatabase db(QStringLiteral("fullexport"));
+        db->execute(QStringLiteral("INSERT INTO FBT_Info (Code_No, Name) VALUES ('A001', 'ANAND TEXTILE MILLS PVT LTD')"));
+        const QString path = disk_->path() + QStringLiteral("/clients.csv");
+        const QByteArray old("Code,Name\r\nA000,AN OLDER LIST OF CLIENTS\r\n");
+        {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(old);
+        }
+        // WHEN it is exported again THEN the command fails naming the file and why, and the old list is whole
+        const Run r = cli(databaseArgs(db) + QStringList{"--app-path", db.appPath(), "clients", "--output", path}, {}, disk_.get());
+        QCOMPARE(r.status, 1);
+        QVERIFY2(r.err.contains(path) && r.err.contains(disk_->reason()), qPrintable(r.err));
+        QCOMPARE(contents(path), old);
+        QCOMPARE(filesIn(disk_->path()), QStringList{QStringLiteral("clients.csv")});
     }
 
     void anImportOnAFullDiskIsRefusedAtOnce()
