@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QDirIterator>
 
@@ -351,6 +352,11 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
                      // Only a socket is used: a machine whose own name does not resolve must work too.
                      QStringLiteral("--force"), QStringLiteral("--skip-name-resolve"),
                      QStringLiteral("--default-storage-engine=MyISAM"), QStringLiteral("--lower-case-table-names=1")};
+    // Temporary tables of its own: several initialisations on one machine
+    // must not meet in the shared temporary folder.
+    QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/corvane-install-tmp-XXXXXX"));
+    if (scratch.isValid())
+        args << QStringLiteral("--tmpdir=") + scratch.path();
     if (isRoot())
         args << QStringLiteral("--user=root");
     QProcess install;
