@@ -15,7 +15,7 @@ int report(Invocation& inv, const ClientDataResult& result, const QString& done)
     if (result.failures == 0)
         return 0;
     inv.err << "corvane: " << result.failures << " statement" << (result.failures == 1 ? "" : "s")
-            << " failed and were skipped (logged in " << logFilePath() << ")" << Qt::endl;
+            << " failed and were skipped, the last: " << lastLoggedDescription() << " (" << logNote() << ")" << Qt::endl;
     return 1;
 }
 
@@ -42,6 +42,10 @@ int runClient(Invocation& inv)
         const QString newCd = code(inv, 2, QStringLiteral("NEW"));
         auto connection = inv.connect();
         const ClientDataResult result = ChangeCode(connection.get(), oldCd, newCd);
+        if (!result.refusal.isEmpty()) {
+            inv.err << "corvane: " << result.refusal << "; nothing was changed" << Qt::endl;
+            return 1;
+        }
         const int status = report(inv, result, QStringLiteral("client %1 renamed to %2").arg(oldCd, newCd));
         if (result.rows == 0 && oldCd != oldCd.toUpper())
             inv.err << "corvane: OLD is compared with the stored codes in capitals: give it in capitals ("

@@ -4,12 +4,12 @@
 #include "core/csvwriter.h"
 #include "core/errorlog.h"
 #include "core/resumenext.h"
+#include "core/safefile.h"
 #include "db/connection.h"
 #include "screens/cldet/clientdetails.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 namespace corvane::cli {
 
@@ -23,13 +23,6 @@ QString csvText(const Table& table)
     for (const QStringList& row : table.rows)
         text += csvRecord(row);
     return text;
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw Failure(1, QStringLiteral("corvane"), QStringLiteral("Cannot write %1: %2").arg(path, file.errorString()));
 }
 
 int runClients(Invocation& inv)
@@ -69,7 +62,7 @@ int runClients(Invocation& inv)
         inv.out << text;
         inv.out.flush();
     } else {
-        writeFile(output, text.toUtf8());
+        replaceFile(output, text.toUtf8());
         inv.out << output << Qt::endl;
     }
     return guard.failures() > 0 ? 1 : 0;

@@ -1,12 +1,37 @@
 #include "cli/command.h"
 
 #include "core/errorlog.h"
+#include "core/failure.h"
 #include "core/inifile.h"
+#include "core/safefile.h"
 #include "core/settings.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
 
 namespace corvane::cli {
 
 namespace {
+
+// A database password goes into the machine's settings file readable by its
+// owner only, as the application writes it: the file gets mode 0600 before
+// the password is in it.
+void protectPassword(const QString& file, const QString& section, const QString& key, const QString& value)
+{
+    if (section.trimmed().compare(QStringLiteral("MySql"), Qt::CaseInsensitive) != 0
+        || key.trimmed().compare(QStringLiteral("Password"), Qt::CaseInsensitive) != 0 || value.trimmed().isEmpty()
+        || QFileInfo(file).fileName() != QStringLiteral("ORVCONFIG.INI"))
+        return;
+    if (!QFileInfo::exists(file)) {
+        QDir().mkpath(QFileInfo(file).absolutePath());
+        replaceFile(file, QByteArray(), 0600);
+    } else if (::chmod(QFile::encodeName(file).constData(), 0600) != 0) {
+        throw Failure(errno, kSource, QStringLiteral("Cannot protect %1: %2").arg(file, QString::fromLocal8Bit(std::strerror(errno))));
+    }
+}
 
 int runIni(Invocation& inv)
 {
@@ -23,11 +48,12 @@ int runIni(Invocation& inv)
         const QString problem = IniFile::writeProblem(inv.words.at(1), inv.words.at(2), inv.words.at(3));
         if (!problem.isEmpty())
             throw UsageError(problem.toStdString());
+        protectPassword(file.isEmpty() ? settingsFileFor(inv.words.at(1), inv.words.at(2)) : file, inv.words.at(1),
+                        inv.words.at(2), inv.words.at(3));
         if (SaveSettingINI(inv.words.at(1), inv.words.at(2), inv.words.at(3), file))
             return 0;
-        inv.err << "corvane: the setting was not written to "
-                << (file.isEmpty() ? settingsFileFor(inv.words.at(1), inv.words.at(2)) : file)
-                << "; the reason is logged in " << logFilePath() << Qt::endl;
+        inv.err << "corvane: the setting was not written: " << lastLoggedDescription() << " (" << logNote() << ")"
+                << Qt::endl;
         return 1;
     }
     if (action == QStringLiteral("path")) {

@@ -2,7 +2,9 @@
 #include "cli/terminalprogress.h"
 
 #include "components/bankinfo/lookupimport.h"
+#include "core/freespace.h"
 #include "db/connection.h"
+#include "db/privateserver.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -29,9 +31,15 @@ int runImport(Invocation& inv)
     if (!QFileInfo(path).isFile())
         throw UsageError(QStringLiteral("%1: no such file").arg(path).toStdString());
 
-    auto connection = inv.connect();
     bankinfo::ImportOptions options;
     options.replace = inv.has(QStringLiteral("--replace"));
+    // The server would wait for space that never comes: refuse at once. The
+    // rows take about the file's size again for their indexes, and a
+    // replacement keeps the old list until the new one is complete.
+    if (inv.connection.privateServer)
+        requireFreeSpace(PrivateServer(inv.appPath).dataDir(), QFileInfo(path).size() * (options.replace ? 3 : 2),
+                         QStringLiteral("the import of %1").arg(path));
+    auto connection = inv.connect();
     QElapsedTimer clock;
     clock.start();
     bankinfo::ImportResult result;
@@ -110,7 +118,8 @@ QString usage()
                "        or area code, AO type, range code and AO number) is present replaces it.\n"
                "        Lines that cannot be loaded are listed with their reason; the others load.\n"
                "        Progress shows on a terminal.\n"
-               "  --replace  empty the list first (only once the file has a row to load)\n"
+               "  --replace  the file's rows take the list's place, all at once, when the file\n"
+               "             has a row to load; an import that is interrupted leaves the old list\n"
                "find    prints the rows holding every word given, as the screens' lists do.\n"
                "  --limit N  at most N rows (default 50)\n"
                "\n"

@@ -16,7 +16,7 @@ int runStates(Invocation& inv)
     ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("LOADSTATELIST"));
     QStringList states;
     if (!guard([&] { states = readStateList(); })) {
-        inv.err << "corvane: cannot read " << stateListPath() << " (logged in " << logFilePath() << ")" << Qt::endl;
+        inv.err << "corvane: " << lastLoggedDescription() << " (" << logNote() << ")" << Qt::endl;
         return 1;
     }
     if (!QFileInfo(stateListPath()).isFile())

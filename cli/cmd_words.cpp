@@ -23,7 +23,7 @@ int runWords(Invocation& inv)
     if (dropped == 0)
         return 0;
     inv.err << "corvane: the words stop at crore: " << dropped << " higher group" << (dropped == 1 ? " was" : "s were")
-            << " left out (logged in " << logFilePath() << ")" << Qt::endl;
+            << " left out (" << logNote() << ")" << Qt::endl;
     return 1;
 }
 

@@ -46,6 +46,11 @@ public:
 
     // The configured connection, opened (the private server is started on first need).
     std::shared_ptr<Connection> connect(bool createDatabase = false);
+    // Tells the user, and logs, what the private server repaired since connect().
+    void reportServerRepairs();
+
+private:
+    qint64 serverLogOffset_ = -1;
 };
 
 struct Command {

@@ -3,8 +3,11 @@
 #include "cli/manpage.h"
 
 #include "core/appfolder.h"
+#include "core/errorlog.h"
 #include "core/failure.h"
+#include "core/freespace.h"
 #include "core/modbase.h"
+#include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/privateserver.h"
 
@@ -84,6 +87,23 @@ AppFolder appFolder(const QMap<QString, QString>& global)
 }
 
 std::unique_ptr<QCoreApplication> g_app;
+
+// A lost connection to the private server whose disk is full: the server
+// waited for space until the client gave up. Say so.
+Failure withLikelyCause(const Invocation& inv, const Failure& failure)
+{
+    constexpr qint64 kNearlyFull = 4 * 1024 * 1024;
+    if (!inv.connection.privateServer || (failure.number() != 2013 && failure.number() != 2006))
+        return failure;
+    const QString folder = PrivateServer(inv.appPath).dataDir();
+    const qint64 free = freeBytes(folder);
+    if (free < 0 || free >= kNearlyFull)
+        return failure;
+    return Failure(failure.number(), failure.source(),
+                   QStringLiteral("%1; the disk of the database folder %2 is full (%3 bytes free)")
+                       .arg(failure.description(), folder)
+                       .arg(free));
+}
 
 int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QTextStream& err)
 {
@@ -184,6 +204,7 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     inv.connection = ConnectionSettings::fromConfig(inv.appPath);
     if (global.contains(QStringLiteral("--server")) || global.contains(QStringLiteral("--socket"))) {
         inv.connection.privateServer = false;
+        inv.connection.problem.clear(); // the options say where the server is
         inv.connection.server = global.value(QStringLiteral("--server"));
         inv.connection.socket = global.value(QStringLiteral("--socket"));
     }
@@ -229,7 +250,18 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     m.prompter = std::make_shared<ConsolePrompter>(policy, err);
     m.chooser = std::make_shared<ConsoleChooser>();
 
-    return command->run(inv);
+    // A table the server repaired on the way is reported also when the command failed.
+    try {
+        const int status = command->run(inv);
+        inv.reportServerRepairs();
+        return status;
+    } catch (const Failure& failure) {
+        inv.reportServerRepairs();
+        throw withLikelyCause(inv, failure);
+    } catch (...) {
+        inv.reportServerRepairs();
+        throw;
+    }
 }
 
 } // namespace
@@ -251,12 +283,29 @@ void Invocation::expectWords(int minimum, int maximum) const
 
 std::shared_ptr<Connection> Invocation::connect(bool createDatabase)
 {
-    if (connection.privateServer)
-        PrivateServer(appPath).start([this](const QString& text) { err << text << Qt::endl; });
+    if (connection.privateServer) {
+        PrivateServer server(appPath);
+        if (serverLogOffset_ < 0)
+            serverLogOffset_ = server.logSize();
+        server.start([this](const QString& text) { err << text << Qt::endl; });
+    }
     auto c = std::make_shared<Connection>();
     c->open(connection, createDatabase);
     modbase().CnnObj = c;
     return c;
+}
+
+void Invocation::reportServerRepairs()
+{
+    if (serverLogOffset_ < 0)
+        return;
+    const QStringList reports = PrivateServer(appPath).repairReports(serverLogOffset_);
+    serverLogOffset_ = -1;
+    ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("STARTSERVER"));
+    for (const QString& line : reports) {
+        guard([&] { throw Failure(145, QStringLiteral("MariaDB"), line); });
+        err << "corvane: the database server reports: " << line << " (" << logNote() << ")" << Qt::endl;
+    }
 }
 
 CommandRegistration::CommandRegistration(Command command)

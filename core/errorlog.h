@@ -13,6 +13,12 @@ void LogError();
 QString logFilePath();
 QString lastLogWriteError();
 
+// The description of the failure LogError was last called for.
+QString lastLoggedDescription();
+// Where that failure went, for a message to the user: "logged in <file>", or
+// "it could not be logged: <reason>" when the log could not be written.
+QString logNote();
+
 // The date and time form of a log line.
 QString logTimestamp();
 

@@ -1,13 +1,13 @@
 #include "core/inifile.h"
 
 #include "core/failure.h"
+#include "core/safefile.h"
 
 #define SI_NO_CONVERSION
 #include <SimpleIni.h>
 
 #include <QDir>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 #include <algorithm>
 #include <map>
@@ -333,6 +333,19 @@ QString writeProblem(const QString& section, const QString& key, const QString& 
     return QString();
 }
 
+QString readProblem(const QString& file)
+{
+    const QFileInfo info(file);
+    if (!info.exists() && !info.isSymLink())
+        return QString();
+    if (info.isDir())
+        return QStringLiteral("Cannot read %1: it is a folder").arg(file);
+    QFile f(file);
+    if (!f.open(QIODevice::ReadOnly))
+        return QStringLiteral("Cannot read %1: %2").arg(file, f.errorString());
+    return QString();
+}
+
 QString read(const QString& file, const QString& section, const QString& key, const QString& defVal)
 {
     if (!QFileInfo(file).isFile())
@@ -363,11 +376,7 @@ void write(const QString& file, const QString& section, const QString& key, cons
 
     if (!QDir().mkpath(info.absolutePath()))
         throw Failure(err::PathNotFound, kSource, QStringLiteral("Cannot create the folder %1").arg(info.absolutePath()));
-    // A new copy replaces the file only when complete, so a failed write loses nothing.
-    QSaveFile out(file);
-    out.setDirectWriteFallback(true);
-    if (!out.open(QIODevice::WriteOnly) || out.write(updated) != updated.size() || !out.commit())
-        throw Failure(kFileAccessError, kSource, QStringLiteral("Cannot write %1: %2").arg(file, out.errorString()));
+    replaceFile(file, updated);
 }
 
 } // namespace corvane::IniFile

@@ -17,6 +17,10 @@ namespace IniFile {
 // The value, or defVal when the file, section or key is missing. Never fails.
 QString read(const QString& file, const QString& section, const QString& key, const QString& defVal);
 
+// Why a file that is there cannot be read ("Cannot read <file>: <reason>"),
+// or empty text when it can be read or is missing.
+QString readProblem(const QString& file);
+
 // Throws Failure when the setting cannot be stored (bad name, unwritable file).
 void write(const QString& file, const QString& section, const QString& key, const QString& value);
 

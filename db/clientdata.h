@@ -12,14 +12,17 @@ struct ClientDataResult {
     int tables = 0;    // tables with a code_no column that were worked on
     int rows = 0;      // rows deleted or changed
     int failures = 0;  // statements that failed (each logged)
+    QString refusal;   // why nothing was changed at all, or empty text
 };
 
 // Client code maintenance across every table that has a code_no column,
 // found at run time; logged under CLSDATA, each failing statement on its
-// own, the work going on with the next table.
+// own, the work going on with the next table. Both touch only rows whose
+// stored code in capitals is the code given, byte for byte.
 ClientDataResult DeleteClient(Connection* connection, const QString& cd);
 // Rows change only where the stored code in capitals equals oldCd exactly:
-// an old code given in lower case changes nothing.
+// an old code given in lower case changes nothing. A newCd longer than any
+// code_no column is refused (logged, refusal set) and nothing changes.
 ClientDataResult ChangeCode(Connection* connection, const QString& oldCd, const QString& newCd);
 
 // The tables of the database as "SHOW Tables" lists them.

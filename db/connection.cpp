@@ -42,6 +42,8 @@ void Connection::open(const ConnectionSettings& settings, bool createDatabase)
 {
     close();
     settings_ = settings;
+    if (!settings.problem.isEmpty())
+        throw Failure(err::FileNotFound, kDbSource, settings.problem);
     if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QMYSQL")))
         throw Failure(err::CannotCreateObject, kDbSource,
                       QStringLiteral("The Qt MySQL driver is missing: install the Debian package libqt6sql6-mysql"));

@@ -13,6 +13,12 @@ ConnectionSettings ConnectionSettings::fromConfig(const QString& appPath)
         return IniFile::read(file, QStringLiteral("MySql"), QString::fromLatin1(key), def).trimmed();
     };
     ConnectionSettings s;
+    s.problem = IniFile::readProblem(file);
+    if (!s.problem.isEmpty()) {
+        s.problem += QStringLiteral(": the database server it names is not known");
+        s.privateServer = false;
+        return s;
+    }
     s.server = get("Server");
     s.socket = get("Socket");
     s.port = get("Port", QStringLiteral("0")).toInt();

@@ -14,6 +14,9 @@ struct ConnectionSettings {
     QString password;
     QString database = QStringLiteral("fbt");
     bool privateServer = true;
+    // Why the settings file could not be read; opening such settings fails
+    // with this text rather than falling back to the private server.
+    QString problem;
 
     // The [MySql] section of ORVCONFIG.INI, else the private server of appPath.
     static ConnectionSettings fromConfig(const QString& appPath);

@@ -2,19 +2,27 @@
 
 #include "core/failure.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QThread>
+#include <QDirIterator>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -61,7 +69,64 @@ bool isRoot()
     return ::geteuid() == 0;
 }
 
+QString reason(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
+// Makes path and the folders above it; a failure names the folder that could not be made and why.
+void makeFolder(const QString& path)
+{
+    const QString clean = QDir::cleanPath(QDir(path).absolutePath());
+    if (QFileInfo(clean).isDir())
+        return;
+    const QString parent = QFileInfo(clean).absolutePath();
+    if (parent != clean)
+        makeFolder(parent);
+    if (::mkdir(QFile::encodeName(clean).constData(), 0777) != 0 && errno != EEXIST) {
+        const int error = errno;
+        throw Failure(error, kServerSource, QStringLiteral("Cannot create the folder %1: %2").arg(clean, reason(error)));
+    }
+}
+
 } // namespace
+
+// One process at a time initialises, starts or stops the server of a folder:
+// an exclusive lock on a file in the folder, released when the process ends
+// however it ends.
+class PrivateServer::Lock {
+public:
+    Lock(const PrivateServer& server, const std::function<void(const QString&)>& report)
+    {
+        makeFolder(server.baseDir());
+        const QString path = server.lockFile();
+        fd_ = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+        if (fd_ < 0) {
+            const int error = errno;
+            throw Failure(error, kServerSource,
+                          QStringLiteral("The private database server cannot be used: the folder %1 cannot be written: %2")
+                              .arg(server.baseDir(), reason(error)));
+        }
+        if (::flock(fd_, LOCK_EX | LOCK_NB) == 0)
+            return;
+        if (report)
+            report(QStringLiteral("Waiting for another process that starts or stops the private database server in %1")
+                       .arg(server.baseDir()));
+        while (::flock(fd_, LOCK_EX) != 0) {
+            if (errno == EINTR)
+                continue;
+            const int error = errno;
+            ::close(fd_);
+            throw Failure(error, kServerSource, QStringLiteral("Cannot lock %1: %2").arg(path, reason(error)));
+        }
+    }
+    ~Lock() { ::close(fd_); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    int fd_ = -1;
+};
 
 PrivateServer::PrivateServer(QString appPath)
     : appPath_(std::move(appPath))
@@ -81,7 +146,10 @@ QString PrivateServer::dataDir() const
 QString PrivateServer::socketPath() const
 {
     const QString natural = baseDir() + QStringLiteral("/mysqld.sock");
-    if (QFile::encodeName(natural).size() <= 100)
+    // The socket goes into the connection options, which a ';' would split
+    // and which lose tabs and line breaks.
+    static const QRegularExpression unsafe(QStringLiteral("[;\\x00-\\x1f\\x7f]"));
+    if (QFile::encodeName(natural).size() <= 100 && !unsafe.match(natural).hasMatch())
         return natural;
     // A Unix socket path holds at most 107 bytes: use a short, stable name instead.
     const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(baseDir()), QCryptographicHash::Sha1).toHex().left(16);
@@ -99,6 +167,33 @@ QString PrivateServer::pidFile() const
 QString PrivateServer::logFile() const
 {
     return baseDir() + QStringLiteral("/mysqld.err");
+}
+
+QString PrivateServer::lockFile() const
+{
+    return baseDir() + QStringLiteral("/server.lock");
+}
+
+QList<qint64> PrivateServer::serverPids() const
+{
+    QList<qint64> pids;
+    if (const qint64 pid = runningPid())
+        pids << pid;
+    // Also servers whose pid file was overwritten or removed: every server
+    // process whose data folder is this one.
+    const QByteArray datadir = "--datadir=" + QFile::encodeName(dataDir());
+    QDirIterator it(QStringLiteral("/proc"), QDir::Dirs | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        it.next();
+        bool isNumber = false;
+        const qint64 pid = it.fileName().toLongLong(&isNumber);
+        if (!isNumber || pids.contains(pid) || !processAlive(pid))
+            continue;
+        QFile cmdline(it.filePath() + QStringLiteral("/cmdline"));
+        if (cmdline.open(QIODevice::ReadOnly) && cmdline.readAll().split('\0').contains(datadir))
+            pids << pid;
+    }
+    return pids;
 }
 
 bool PrivateServer::isInitialised() const
@@ -152,11 +247,42 @@ QString PrivateServer::missingProgramsMessage()
         .arg(missing.join(QStringLiteral(", ")));
 }
 
+qint64 PrivateServer::logSize() const
+{
+    return QFileInfo(logFile()).size();
+}
+
+QStringList PrivateServer::repairReports(qint64 offset) const
+{
+    static const QRegularExpression repair(QStringLiteral("crashed|repair|Recovering table|Checking table|Found \\d+ of \\d+ rows"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    QFile file(logFile());
+    if (!file.open(QIODevice::ReadOnly) || offset > file.size() || !file.seek(offset))
+        return {};
+    QStringList lines;
+    for (const QByteArray& raw : file.readAll().split('\n')) {
+        // "2026-01-31 10:00:00 4 [ERROR] mariadbd: Table './fbt/bill_main' is marked as crashed …": the message alone.
+        QString line = QString::fromUtf8(raw).trimmed();
+        if (!repair.match(line).hasMatch())
+            continue;
+        const qsizetype level = line.indexOf(QStringLiteral("] "));
+        if (level >= 0)
+            line = line.mid(level + 2);
+        for (const QString& program : {QStringLiteral("mariadbd: "), QStringLiteral("mysqld: ")})
+            if (line.startsWith(program))
+                line = line.mid(program.size());
+        lines << line.simplified();
+    }
+    return lines;
+}
+
 QString PrivateServer::logTail() const
 {
     QFile file(logFile());
     if (!file.open(QIODevice::ReadOnly))
         return QString();
+    if (logStart_ > 0)
+        file.seek(std::min(logStart_, file.size()));
     const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
     QStringList tail;
     for (qsizetype i = std::max<qsizetype>(0, lines.size() - 3); i < lines.size(); ++i)
@@ -178,15 +304,34 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
 {
     if (isInitialised())
         return;
-    if (!QDir().mkpath(dataDir()))
-        throw Failure(err::PathNotFound, kServerSource, QStringLiteral("Cannot create the folder %1").arg(dataDir()));
+    const QDir data(dataDir());
+    if (data.exists() && !data.isEmpty())
+        throw Failure(err::PathNotFound, kServerSource,
+                      QStringLiteral("The folder %1 holds files but no database: move them away, then start again").arg(dataDir()));
     if (report)
         report(QStringLiteral("Initialising the database folder %1").arg(dataDir()));
-    // mariadb-install-db is a shell script that splits paths at blanks: hand it
-    // a link without blanks to the data folder.
-    QString installDir = dataDir();
+    // Into a folder of its own that becomes the data folder only when
+    // complete, so that an interrupted initialisation leaves nothing half made.
+    for (const QString& old : QDir(baseDir()).entryList({QStringLiteral("data.new-*")}, QDir::Dirs | QDir::Hidden))
+        QDir(baseDir() + QLatin1Char('/') + old).removeRecursively();
+    const QString fresh = baseDir() + QStringLiteral("/data.new-") + QString::number(QCoreApplication::applicationPid());
+    makeFolder(fresh);
+    struct RemoveFolder {
+        QString path;
+        ~RemoveFolder()
+        {
+            if (!path.isEmpty())
+                QDir(path).removeRecursively();
+        }
+    } removeFresh{fresh};
+
+    // mariadb-install-db is a shell script that splits paths at blanks and
+    // breaks on other characters the shell treats specially: hand it a link
+    // with a plain name to the new folder.
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_./+-]*$"));
+    QString installDir = fresh;
     QString link;
-    if (installDir.contains(QLatin1Char(' '))) {
+    if (!plain.match(installDir).hasMatch()) {
         const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(installDir), QCryptographicHash::Sha1).toHex().left(16);
         link = QDir::tempPath() + QStringLiteral("/corvane-install-") + QString::fromLatin1(hash);
         QFile::remove(link);
@@ -207,6 +352,11 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
                      // Only a socket is used: a machine whose own name does not resolve must work too.
                      QStringLiteral("--force"), QStringLiteral("--skip-name-resolve"),
                      QStringLiteral("--default-storage-engine=MyISAM"), QStringLiteral("--lower-case-table-names=1")};
+    // Temporary tables of its own: several initialisations on one machine
+    // must not meet in the shared temporary folder.
+    QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/corvane-install-tmp-XXXXXX"));
+    if (scratch.isValid())
+        args << QStringLiteral("--tmpdir=") + scratch.path();
     if (isRoot())
         args << QStringLiteral("--user=root");
     QProcess install;
@@ -217,6 +367,54 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
         throw Failure(install.exitCode() ? install.exitCode() : err::InvalidCall, kServerSource,
                       QStringLiteral("mariadb-install-db failed for %1: %2").arg(dataDir(), output));
     }
+    if (data.exists())
+        data.rmdir(dataDir());
+    if (::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(dataDir()).constData()) != 0) {
+        const int error = errno;
+        throw Failure(error, kServerSource, QStringLiteral("Cannot rename %1 to %2: %3").arg(fresh, dataDir(), reason(error)));
+    }
+    removeFresh.path.clear();
+}
+
+void PrivateServer::launch(const std::function<void(const QString&)>& report)
+{
+    // The server writes into its folder as the user we are: say which folder cannot be written.
+    if (::access(QFile::encodeName(dataDir()).constData(), W_OK) != 0) {
+        const int error = errno;
+        throw Failure(error, kServerSource,
+                      QStringLiteral("The private database server cannot start: the folder %1 cannot be written: %2")
+                          .arg(dataDir(), reason(error)));
+    }
+    QStringList args{QStringLiteral("--no-defaults"),
+                     QStringLiteral("--datadir=") + dataDir(),
+                     QStringLiteral("--socket=") + socketPath(),
+                     QStringLiteral("--pid-file=") + pidFile(),
+                     QStringLiteral("--log-error=") + logFile(),
+                     QStringLiteral("--skip-networking"),
+                     QStringLiteral("--default-storage-engine=MyISAM"),
+                     QStringLiteral("--default-tmp-storage-engine=MyISAM"),
+                     QStringLiteral("--lower-case-table-names=1"),
+                     QStringLiteral("--character-set-server=utf8mb4"),
+                     QStringLiteral("--collation-server=utf8mb4_general_ci"),
+                     QStringLiteral("--sql-mode=NO_ENGINE_SUBSTITUTION"),
+                     QStringLiteral("--innodb-buffer-pool-size=16M"),
+                     QStringLiteral("--key-buffer-size=16M"),
+                     QStringLiteral("--skip-name-resolve")};
+    if (isRoot())
+        args << QStringLiteral("--user=root");
+    if (report)
+        report(QStringLiteral("Starting the private database server in %1").arg(baseDir()));
+    // What the server logs from here on is about this start.
+    logStart_ = QFileInfo(logFile()).size();
+    QProcess process;
+    process.setProgram(findProgram(QStringLiteral("mariadbd")));
+    process.setArguments(args);
+    process.setWorkingDirectory(baseDir());
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    if (!process.startDetached(&startedPid_))
+        throw Failure(err::InvalidCall, kServerSource, QStringLiteral("Cannot start mariadbd: %1").arg(process.errorString()));
 }
 
 void PrivateServer::start(const std::function<void(const QString&)>& report)
@@ -226,72 +424,54 @@ void PrivateServer::start(const std::function<void(const QString&)>& report)
         throw Failure(err::FileNotFound, kServerSource, missing);
     if (runningPid() != 0 && answers())
         return;
+    const Lock lock(*this, report);
+    // The process this one waited for may have started it.
+    if (runningPid() != 0 && answers())
+        return;
     recoverStale();
-    qint64 startedPid = 0;
-    if (runningPid() != 0) {
-        // Running but not answering yet (another process is starting it): wait below.
-    } else {
+    startedPid_ = 0;
+    if (runningPid() == 0) {
         initialise(report);
-        QStringList args{QStringLiteral("--no-defaults"),
-                         QStringLiteral("--datadir=") + dataDir(),
-                         QStringLiteral("--socket=") + socketPath(),
-                         QStringLiteral("--pid-file=") + pidFile(),
-                         QStringLiteral("--log-error=") + logFile(),
-                         QStringLiteral("--skip-networking"),
-                         QStringLiteral("--default-storage-engine=MyISAM"),
-                         QStringLiteral("--default-tmp-storage-engine=MyISAM"),
-                         QStringLiteral("--lower-case-table-names=1"),
-                         QStringLiteral("--character-set-server=utf8mb4"),
-                         QStringLiteral("--collation-server=utf8mb4_general_ci"),
-                         QStringLiteral("--sql-mode=NO_ENGINE_SUBSTITUTION"),
-                         QStringLiteral("--innodb-buffer-pool-size=16M"),
-                         QStringLiteral("--key-buffer-size=16M"),
-                         QStringLiteral("--skip-name-resolve")};
-        if (isRoot())
-            args << QStringLiteral("--user=root");
-        if (report)
-            report(QStringLiteral("Starting the private database server in %1").arg(baseDir()));
-        QProcess process;
-        process.setProgram(findProgram(QStringLiteral("mariadbd")));
-        process.setArguments(args);
-        process.setWorkingDirectory(baseDir());
-        process.setStandardInputFile(QProcess::nullDevice());
-        process.setStandardOutputFile(QProcess::nullDevice());
-        process.setStandardErrorFile(QProcess::nullDevice());
-        if (!process.startDetached(&startedPid))
-            throw Failure(err::InvalidCall, kServerSource, QStringLiteral("Cannot start mariadbd: %1").arg(process.errorString()));
+        launch(report);
     }
+    // Else running but not answering yet: a server started without the lock, or still recovering.
     QDeadlineTimer deadline(kStartSeconds * 1000);
     while (!deadline.hasExpired()) {
         if (answers())
             return;
-        if (startedPid != 0 && !processAlive(startedPid))
+        if (startedPid_ != 0 && !processAlive(startedPid_))
             break; // it has failed; its log says why
-        if (startedPid == 0 && runningPid() == 0)
+        if (startedPid_ == 0 && runningPid() == 0)
             break;
         QThread::msleep(100);
     }
     if (answers())
         return;
+    const QString tail = logTail();
     throw Failure(2002, kServerSource,
-                  QStringLiteral("The private database server in %1 did not start: %2").arg(baseDir(), logTail()));
+                  QStringLiteral("The private database server in %1 did not start: %2")
+                      .arg(baseDir(), tail.isEmpty() ? QStringLiteral("it wrote nothing to %1").arg(logFile()) : tail));
 }
 
 void PrivateServer::stop()
 {
-    const qint64 pid = runningPid();
-    if (pid == 0) {
-        recoverStale();
+    if (!QFileInfo(baseDir()).isDir())
         return;
-    }
-    ::kill(pid_t(pid), SIGTERM);
+    const Lock lock(*this, {});
+    const QList<qint64> pids = serverPids();
+    for (const qint64 pid : pids)
+        ::kill(pid_t(pid), SIGTERM);
     QDeadlineTimer deadline(kStopSeconds * 1000);
-    while (processAlive(pid) && !deadline.hasExpired())
+    auto anyAlive = [&] { return std::any_of(pids.begin(), pids.end(), processAlive); };
+    while (anyAlive() && !deadline.hasExpired())
         QThread::msleep(50);
-    if (processAlive(pid)) {
-        ::kill(pid_t(pid), SIGKILL);
-        QThread::msleep(200);
+    for (const qint64 pid : pids) {
+        if (processAlive(pid))
+            ::kill(pid_t(pid), SIGKILL);
     }
+    deadline = QDeadlineTimer(5000);
+    while (anyAlive() && !deadline.hasExpired())
+        QThread::msleep(20);
     QFile::remove(pidFile());
     if (QFileInfo::exists(socketPath()) && !answers())
         QFile::remove(socketPath());

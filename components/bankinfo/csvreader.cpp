@@ -21,16 +21,31 @@ bool CsvReader::next()
     if (bytes.isEmpty() && device_.atEnd())
         return false;
     bytes_ += bytes.size();
-    ++line_;
+    firstLine_ = ++line_;
     if (line_ == 1 && bytes.startsWith("\xEF\xBB\xBF"))
         bytes.remove(0, 3);
-    while (bytes.endsWith('\n') || bytes.endsWith('\r'))
-        bytes.chop(1);
-    const QString text = decode(bytes);
-    blank_ = text.trimmed().isEmpty();
-    fields_ = blank_ ? QStringList() : split(text, &unclosedQuote_);
-    if (blank_)
-        unclosedQuote_ = false;
+    QString text;
+    for (;;) {
+        QByteArray record = bytes;
+        while (record.endsWith('\n') || record.endsWith('\r'))
+            record.chop(1);
+        text = decode(record);
+        blank_ = text.trimmed().isEmpty();
+        fields_ = blank_ ? QStringList() : split(text, &unclosedQuote_);
+        if (blank_)
+            unclosedQuote_ = false;
+        // A quoted value goes on over the line break.
+        if (!unclosedQuote_ || device_.atEnd() || bytes.size() > kMaxRecordBytes)
+            break;
+        const QByteArray more = device_.readLine();
+        bytes_ += more.size();
+        ++line_;
+        if (bytes.endsWith("\r\n")) {
+            bytes.chop(2);
+            bytes += '\n';
+        }
+        bytes += more;
+    }
     return true;
 }
 
@@ -38,8 +53,15 @@ QStringList CsvReader::split(const QString& line, bool* unclosedQuote)
 {
     QStringList out;
     QString value;
-    bool quoted = false;   // inside quotes
-    bool atStart = true;   // no character of the value read yet (blanks aside)
+    bool quoted = false;    // inside quotes
+    bool wasQuoted = false; // the value was quoted: kept as it is, blanks and all
+    bool atStart = true;    // no character of the value read yet (blanks aside)
+    auto endValue = [&] {
+        out << (wasQuoted ? value : value.trimmed());
+        value.clear();
+        atStart = true;
+        wasQuoted = false;
+    };
     const int n = int(line.size());
     for (int i = 0; i < n; ++i) {
         const QChar c = line.at(i);
@@ -57,22 +79,26 @@ QStringList CsvReader::split(const QString& line, bool* unclosedQuote)
             continue;
         }
         if (c == QLatin1Char(',')) {
-            out << value.trimmed();
-            value.clear();
-            atStart = true;
+            endValue();
             continue;
         }
         if (c == QLatin1Char('"') && atStart) {
             quoted = true;
+            wasQuoted = true;
             atStart = false;
             value.clear(); // blanks before the opening quote
+            continue;
+        }
+        if (wasQuoted) {
+            if (!c.isSpace()) // text after the closing quote, blanks aside
+                value += c;
             continue;
         }
         if (!c.isSpace())
             atStart = false;
         value += c;
     }
-    out << value.trimmed();
+    endValue();
     if (unclosedQuote)
         *unclosedQuote = quoted;
     return out;

@@ -76,6 +76,22 @@ int maxLengthOf(Kind kind, const QString& column)
     return 0;
 }
 
+// Text from the file as it may be shown: control characters as \xNN, so that
+// a file cannot drive the user's terminal.
+QString printable(const QString& text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u < 0x20 || u == 0x7F || (u >= 0x80 && u < 0xA0))
+            out += QStringLiteral("\\x%1").arg(int(u), 2, 16, QLatin1Char('0'));
+        else
+            out += c;
+    }
+    return out;
+}
+
 // Checks and completes one row (values in the order of fieldSpecs); returns why it is refused, or empty.
 QString checkRow(Kind kind, const QVector<FieldSpec>& specs, QStringList& values)
 {
@@ -96,6 +112,15 @@ QString checkRow(Kind kind, const QVector<FieldSpec>& specs, QStringList& values
     for (int i = 0; i < specs.size(); ++i)
         if (specs.at(i).required && values.at(i).isEmpty())
             return QStringLiteral("%1 is empty").arg(specs.at(i).label);
+    // A line break belongs in an address; other control characters belong nowhere.
+    for (int i = 0; i < specs.size(); ++i) {
+        const bool breaksAllowed = specs.at(i).column == QStringLiteral("Address");
+        for (const QChar c : values.at(i)) {
+            const bool lineBreak = c == QLatin1Char('\n') || c == QLatin1Char('\r');
+            if (printable(c) != c && !(breaksAllowed && lineBreak))
+                return QStringLiteral("%1 holds the control character %2").arg(specs.at(i).label, printable(c));
+        }
+    }
 
     switch (kind) {
     case Kind::Banks: {
@@ -147,19 +172,27 @@ QString checkRow(Kind kind, const QVector<FieldSpec>& specs, QStringList& values
 }
 
 // Collects rows into multi-row inserts; a key already present is replaced.
+// A replacing import loads into a table of its own that takes the list's
+// place in one rename at the end, so that an import that is interrupted
+// (a crash, a signal, a full disk) leaves the old list whole.
 class BatchWriter {
 public:
     BatchWriter(Connection& c, Kind kind, const QVector<FieldSpec>& specs, const ImportOptions& options)
         : connection_(c), kind_(kind), options_(options)
     {
         const TableDef& def = tableDef(kind);
+        const QString target = options.replace ? def.name + QStringLiteral("__import") : def.name;
+        if (options.replace) {
+            dropLeftovers();
+            connection_.execute(QStringLiteral("CREATE TABLE %1 LIKE %2").arg(sqlName(target), sqlName(def.name)));
+        }
         QStringList columns, updates;
         for (const FieldSpec& f : specs) {
             columns << sqlName(f.column);
             if (!def.key.contains(f.column))
                 updates << QStringLiteral("%1=VALUES(%1)").arg(sqlName(f.column));
         }
-        head_ = QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(sqlName(def.name), columns.join(QLatin1Char(',')));
+        head_ = QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(sqlName(target), columns.join(QLatin1Char(',')));
         tail_ = QStringLiteral(" ON DUPLICATE KEY UPDATE ") + updates.join(QLatin1Char(','));
     }
 
@@ -179,29 +212,59 @@ public:
             flush();
     }
 
+    ~BatchWriter()
+    {
+        if (options_.replace && !finished_) {
+            try {
+                dropLeftovers();
+            } catch (...) {
+                // the next replacing import drops them
+            }
+        }
+    }
+
     void flush()
     {
         if (!rows_)
             return;
-        if (options_.replace && !cleared_)
-            connection_.execute(QStringLiteral("DELETE FROM ") + sqlName(tableDef(kind_).name));
-        cleared_ = true;
         connection_.execute(head_ + pending_ + tail_);
         written_ += rows_;
         rows_ = 0;
         pending_.clear();
     }
 
+    // Writes what is pending; a replacing import with at least one row takes the list's place.
+    void finish()
+    {
+        flush();
+        finished_ = true;
+        if (!options_.replace)
+            return;
+        const QString name = tableDef(kind_).name;
+        if (written_ > 0)
+            connection_.execute(QStringLiteral("RENAME TABLE %1 TO %2, %3 TO %1")
+                                    .arg(sqlName(name), sqlName(name + QStringLiteral("__old")),
+                                         sqlName(name + QStringLiteral("__import"))));
+        dropLeftovers();
+    }
+
     int written() const { return written_; }
 
 private:
+    void dropLeftovers()
+    {
+        const QString name = tableDef(kind_).name;
+        connection_.execute(QStringLiteral("DROP TABLE IF EXISTS %1, %2")
+                                .arg(sqlName(name + QStringLiteral("__import")), sqlName(name + QStringLiteral("__old"))));
+    }
+
     Connection& connection_;
     Kind kind_;
     ImportOptions options_;
     QString head_, tail_, pending_;
     int rows_ = 0;
     int written_ = 0;
-    bool cleared_ = false;
+    bool finished_ = false;
 };
 
 QString missingColumnsText(const QVector<FieldSpec>& specs, const QVector<int>& positions)
@@ -273,7 +336,7 @@ ImportResult importDevice(Connection& connection, Kind kind, QIODevice& device, 
     progress.setValue(0);
 
     auto refuse = [&](const QString& reason) {
-        result.refused << QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reason);
+        result.refused << QStringLiteral("line %1: %2").arg(reader.firstLine()).arg(printable(reason));
     };
 
     QStringList values;
@@ -309,7 +372,7 @@ ImportResult importDevice(Connection& connection, Kind kind, QIODevice& device, 
             }
         }
     }
-    writer.flush();
+    writer.finish();
     result.loaded = writer.written();
     progress.setValue(100);
     progress.setText(QStringLiteral("%1 lines read").arg(reader.lineNumber()));

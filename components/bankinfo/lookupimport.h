@@ -21,7 +21,7 @@ struct ImportResult {
 };
 
 struct ImportOptions {
-    bool replace = false;  // empty the list first (only once a row is good to load)
+    bool replace = false;  // the rows take the list's place at the end, all at once (only when there is one to load)
     int batchRows = 1000;  // rows per INSERT statement
 };
 

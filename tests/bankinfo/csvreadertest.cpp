@@ -21,6 +21,10 @@ private slots:
         QTest::newRow("blank before the opening quote") << "A,  \"B,C\"" << QStringList{"A", "B,C"} << false;
         QTest::newRow("quote inside an unquoted value stays") << "O'BRIEN,5\"" << QStringList{"O'BRIEN", "5\""} << false;
         QTest::newRow("unclosed quote") << "A,\"B,C" << QStringList{"A", "B,C"} << true;
+        QTest::newRow("blanks inside quotes stay") << "\"  A  \", B" << QStringList{"  A  ", "B"} << false;
+        QTest::newRow("blanks around quotes go") << "  \" A\"  ,B" << QStringList{" A", "B"} << false;
+        QTest::newRow("empty quoted value") << "\"\",B" << QStringList{"", "B"} << false;
+        QTest::newRow("line break inside quotes") << "A,\"1\n2\"" << QStringList{"A", "1\n2"} << false;
     }
     void split()
     {
@@ -58,6 +62,58 @@ private slots:
         QCOMPARE(read, lines);
         QCOMPARE(reader.lineNumber(), int(lines.size()));
         QCOMPARE(reader.bytesRead(), qint64(bytes.size()));
+    }
+
+    void recordsSpanLines_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("records"); // fields joined by '|'
+        QTest::addColumn<QList<int>>("firstLines");
+        QTest::addColumn<bool>("unclosed");       // of the last record
+        QTest::newRow("a line break in quotes")
+            << QByteArray("A,\"FORT\nMUMBAI\",C\nD,E,F\n") << QStringList{"A|FORT\nMUMBAI|C", "D|E|F"} << QList<int>{1, 3} << false;
+        QTest::newRow("Windows line break in quotes")
+            << QByteArray("A,\"X\r\nY\"\r\nB\r\n") << QStringList{"A|X\nY", "B"} << QList<int>{1, 3} << false;
+        QTest::newRow("a quoted value over three lines, last record")
+            << QByteArray("\"1\n2\n3\"") << QStringList{"1\n2\n3"} << QList<int>{1} << false;
+        QTest::newRow("a quote left open to the end")
+            << QByteArray("A\n\"B,C\nD,E\n") << QStringList{"A", "B,C\nD,E"} << QList<int>{1, 2} << true;
+    }
+    void recordsSpanLines()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, records);
+        QFETCH(QList<int>, firstLines);
+        QFETCH(bool, unclosed);
+        QBuffer buffer(&bytes);
+        QVERIFY(buffer.open(QIODevice::ReadOnly));
+        CsvReader reader(buffer);
+        QStringList read;
+        QList<int> lines;
+        while (reader.next()) {
+            read << reader.fields().join(QLatin1Char('|'));
+            lines << reader.firstLine();
+        }
+        QCOMPARE(read, records);
+        QCOMPARE(lines, firstLines);
+        QCOMPARE(reader.unclosedQuote(), unclosed);
+        QCOMPARE(reader.bytesRead(), qint64(bytes.size()));
+    }
+
+    void aStrayQuoteSwallowsAtMostOneRecordLength()
+    {
+        QByteArray bytes("\"stray\n");
+        const QByteArray line("0123456789,0123456789\n");
+        while (bytes.size() < 2 * CsvReader::kMaxRecordBytes)
+            bytes += line;
+        QBuffer buffer(&bytes);
+        QVERIFY(buffer.open(QIODevice::ReadOnly));
+        CsvReader reader(buffer);
+        QVERIFY(reader.next());
+        QVERIFY(reader.unclosedQuote());
+        QVERIFY(reader.bytesRead() <= CsvReader::kMaxRecordBytes + line.size() + 7);
+        QVERIFY(reader.next());
+        QCOMPARE(reader.fields(), (QStringList{"0123456789", "0123456789"}));
     }
 };
 
