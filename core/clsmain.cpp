@@ -13,6 +13,7 @@
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet1.h"
+#include "screens/register/pending.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -121,7 +122,20 @@ void ClsMain::ShowBankMas()
 
 // The screens arrive one by one; until a screen exists its member returns at once.
 void ClsMain::ShowClDet() {}
-void ClsMain::ShowReturn() {}
+
+void ClsMain::ShowReturn()
+{
+    static QPointer<Pending> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new Pending;
+        // Grid cells go into edit mode as soon as they are entered.
+        instance->setGrid2Editable(2);
+        instance->exec();
+        delete instance;
+    });
+}
 
 QString ClsMain::vTmpPath() const { return modbase().vTmpPath; }
 void ClsMain::setvTmpPath(const QString& value) { modbase().vTmpPath = value; }

@@ -1,6 +1,7 @@
 #include "core/components.h"
 
 #include "components/bankinfo/bankinfocomponent.h"
+#include "components/repview/repview.h"
 #include "core/objectregistry.h"
 
 namespace corvane {
@@ -9,6 +10,7 @@ void registerDefaultComponents()
 {
     ObjectRegistry& registry = ObjectRegistry::instance();
     registry.registerClass(kBankInfoClass, [] { return std::make_shared<BankInfoComponent>(); });
+    registry.registerClass(kReportViewerClass, [] { return std::make_shared<RepView>(); });
 }
 
 } // namespace corvane
