@@ -95,7 +95,8 @@ double ReportLayout::lineHeight(const ReportLine& line) const
 int ReportLayout::paginate(const QPaintDevice& device, const QPageLayout& layout)
 {
     device_ = &device;
-    paper_ = QRectF(layout.paintRectPixels(device.logicalDpiX()));
+    // A painter on a printer or PDF writer starts at the top left of the printable area.
+    paper_ = QRectF(QPointF(0, 0), QSizeF(layout.paintRectPixels(device.logicalDpiX()).size()));
     const double perPoint = device.logicalDpiY() / 72.0;
     padding_ = 2.0 * perPoint;
     footer_ = QFontMetricsF(fontFor(ReportLine{}, ReportCell{}), device_).height() + 6 * perPoint;

@@ -107,7 +107,8 @@ QString heading(Returns returns, const QString& yearItem, const Period& period)
 {
     static const char* const titles[] = {"List of All Clients", "List of Pending Returns", "List of Filed Returns"};
     QString text = QString::fromLatin1(titles[int(returns)]) + QStringLiteral(" for the Assessment Year ") + yearItem;
-    if (period.on)
+    // The period filters filed returns only, so only their heading names it.
+    if (period.on && returns == Returns::Filed)
         text += QStringLiteral(" (Period from ") + period.begin + QStringLiteral(" to ") + period.end + QLatin1Char(')');
     return text;
 }

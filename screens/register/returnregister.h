@@ -51,7 +51,8 @@ QDate datePositional(const QString& text);
 // Whether a row stays in the register under the filter.
 bool keep(const Row& row, Returns returns, const Period& period);
 
-// "List of Pending Returns for the Assessment Year 2008-09 (Period from … to …)".
+// "List of Filed Returns for the Assessment Year 2008-09 (Period from … to …)";
+// the period is named only where it filters, on filed returns.
 QString heading(Returns returns, const QString& yearItem, const Period& period);
 
 // The check of the period boxes before the register is rebuilt.

@@ -177,6 +177,7 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::newRow("all") << 0 << false << "List of All Clients for the Assessment Year 2008-09";
         QTest::newRow("pending") << 1 << false << "List of Pending Returns for the Assessment Year 2008-09";
+        QTest::newRow("all: no period to name") << 0 << true << "List of All Clients for the Assessment Year 2008-09";
         QTest::newRow("filed, period")
             << 2 << true << "List of Filed Returns for the Assessment Year 2008-09 (Period from 01/04/2008 to 31/03/2009)";
     }
