@@ -1,6 +1,6 @@
 #include "cli/command.h"
 
-#include "core/clientdata.h"
+#include "db/clientdata.h"
 #include "core/errorlog.h"
 
 namespace corvane::cli {

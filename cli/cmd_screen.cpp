@@ -1,7 +1,7 @@
 #include "cli/command.h"
 
 #include "core/modbase.h"
-#include "core/screenmeasure.h"
+#include "gui/screenmeasure.h"
 
 #include <QGuiApplication>
 

@@ -1,6 +1,8 @@
 #include "cli/command.h"
 #include "cli/consoleprompter.h"
+#include "cli/manpage.h"
 
+#include "core/appfolder.h"
 #include "core/failure.h"
 #include "core/modbase.h"
 #include "db/connection.h"
@@ -25,7 +27,7 @@ QList<Command>& registry()
 
 const QStringList kGlobalValueOptions{"--app-path", "--server", "--port", "--socket", "--user",
                                       "--password", "--database", "--code", "--year", "--on-error"};
-const QStringList kGlobalFlagOptions{"--yes", "--no", "--help", "-h"};
+const QStringList kGlobalFlagOptions{"--yes", "--no", "--help", "-h", "--manpage", "--bash-completion"};
 
 QString globalHelp()
 {
@@ -35,7 +37,8 @@ QString globalHelp()
         "The services of the Corvane component that need no screen.\n"
         "\n"
         "Global options:\n"
-        "  --app-path DIR     application folder (default $CORVANE_APP_PATH, else the program's folder)\n"
+        "  --app-path DIR     application folder (default $CORVANE_APP_PATH, else the program's folder,\n"
+        "                     else ~/.local/share/orv-softworks/FBT when that cannot be written)\n"
         "  --server HOST      database server (default: ORVCONFIG.INI [MySql], else the private server)\n"
         "  --port N           server port\n"
         "  --socket PATH      server socket\n"
@@ -47,6 +50,8 @@ QString globalHelp()
         "  --yes | --no       answer every question so\n"
         "  --on-error abort|retry|ignore   answer every error question so\n"
         "  --help             this text; COMMAND --help tells about a command\n"
+        "  --manpage          the manual page of every command (roff)\n"
+        "  --bash-completion  a bash completion script\n"
         "\n"
         "Commands:\n");
     QList<Command> sorted = registry();
@@ -65,10 +70,17 @@ const Command* findCommand(const QString& name)
     return nullptr;
 }
 
-QString defaultAppPath()
+// The folder of the running program, also before the application object exists.
+QString programDir()
 {
-    const QString env = qEnvironmentVariable("CORVANE_APP_PATH");
-    return env.isEmpty() ? QCoreApplication::applicationDirPath() : env;
+    return QFileInfo(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()).absolutePath();
+}
+
+AppFolder appFolder(const QMap<QString, QString>& global)
+{
+    const QString asked = global.contains(QStringLiteral("--app-path")) ? global.value(QStringLiteral("--app-path"))
+                                                                        : qEnvironmentVariable("CORVANE_APP_PATH");
+    return chooseAppFolder(AppFolderInputs::fromEnvironment(asked, programDir()));
 }
 
 std::unique_ptr<QCoreApplication> g_app;
@@ -135,7 +147,15 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
 
     if (!command) {
         if (help) {
-            out << globalHelp();
+            out << globalHelp() << "\nApplication folder in use: " << appFolder(global).describe() << '\n';
+            return 0;
+        }
+        if (global.contains(QStringLiteral("--manpage"))) {
+            out << manPage(globalHelp(), registry(), QStringLiteral(CORVANE_VERSION));
+            return 0;
+        }
+        if (global.contains(QStringLiteral("--bash-completion"))) {
+            out << bashCompletion(kGlobalValueOptions + kGlobalFlagOptions, registry());
             return 0;
         }
         err << globalHelp();
@@ -152,7 +172,13 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     g_app.reset(command->makeApplication ? command->makeApplication(argc, argv) : new QCoreApplication(argc, argv));
     QCoreApplication::setApplicationName(QStringLiteral("corvane"));
 
-    inv.appPath = global.value(QStringLiteral("--app-path"), defaultAppPath());
+    const AppFolder folder = appFolder(global);
+    if (folder.perUser) {
+        const QString failed = preparePerUserFolder(folder.path, programDir());
+        if (!failed.isEmpty())
+            throw Failure(1, QStringLiteral("corvane"), failed);
+    }
+    inv.appPath = folder.path;
     inv.code = global.value(QStringLiteral("--code"));
     inv.year = global.value(QStringLiteral("--year"));
     inv.connection = ConnectionSettings::fromConfig(inv.appPath);

@@ -5,9 +5,10 @@
 
 namespace corvane {
 
-// The one failure type. Numbers follow the original run-time where one exists
-// (9 subscript out of range, 13 type mismatch, 91 object not set, 429 cannot
-// create object), MySQL error codes for database failures, errno for files.
+// The one failure type. The number is what the log line shows: our own for
+// programming faults (9 subscript out of range, 13 type mismatch, 91 object not
+// set, 429 cannot create object), the MySQL error code for database failures,
+// errno for files.
 class Failure : public std::exception {
 public:
     Failure(long number, QString source, QString description)

@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-// A static record set with the behaviours of the original data objects:
+// A static record set, read whole when opened, that the screens walk row by row:
 // BOF and EOF are separate states before the first and after the last row,
 // moves may pass the ends, positions are 1-based, a deleted row stays current
 // until the next move.

@@ -1,12 +1,12 @@
 #include "host/clientdialog.h"
 
-#include "core/screenkeys.h"
+#include "ui/screenkeys.h"
 
 #include "ui_clientdialog.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/prompter.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/failuretext.h"
 
 #include <QAbstractButton>

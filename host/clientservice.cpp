@@ -1,6 +1,6 @@
 #include "host/clientservice.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
 #include "host/failuretext.h"

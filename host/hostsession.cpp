@@ -1,7 +1,7 @@
 #include "host/hostsession.h"
 
 #include "components/bankinfo/lookupimport.h"
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/inifile.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
@@ -250,22 +250,6 @@ void HostSession::remember(const QString& code, int year)
 {
     cls_.SaveSettingINI(kSettingsSection, QStringLiteral("Code"), code);
     cls_.SaveSettingINI(kSettingsSection, QStringLiteral("TYear"), QString::number(year));
-}
-
-void HostSession::provideDataFiles(const QString& programDir, const QString& appPath)
-{
-    const QDir source(programDir + QStringLiteral("/Data"));
-    if (!source.exists() || QFileInfo(programDir).canonicalFilePath() == QFileInfo(appPath).canonicalFilePath())
-        return;
-    QDirIterator it(source.path(), QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = appPath + QStringLiteral("/Data/") + source.relativeFilePath(file);
-        if (QFileInfo::exists(target))
-            continue;
-        QDir().mkpath(QFileInfo(target).absolutePath());
-        QFile::copy(file, target);
-    }
 }
 
 } // namespace corvane::host

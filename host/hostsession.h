@@ -65,7 +65,6 @@ public:
 
     // Copies the shipped files (Data/StateCodes.txt …) from the program's
     // folder into an application folder that lacks them.
-    static void provideDataFiles(const QString& programDir, const QString& appPath);
 
 private:
     bool prepareDatabase(Connection& connection, bool offerDemo);

@@ -1,4 +1,6 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
+#include "core/appfolder.h"
+#include "core/prompter.h"
 #include "host/busyrunner.h"
 #include "host/connectiondialog.h"
 #include "host/hostsession.h"
@@ -65,18 +67,29 @@ int main(int argc, char* argv[])
     parser.addVersionOption();
     const QCommandLineOption appPathOption(QStringLiteral("app-path"),
                                            QStringLiteral("The application folder (settings, error log, private database); "
-                                                          "default: the folder of the program."),
+                                                          "default: the folder of the program, or "
+                                                          "~/.local/share/orv-softworks/FBT when that cannot be written."),
                                            QStringLiteral("DIR"));
     parser.addOption(appPathOption);
     parser.process(app);
     closeOnSignals(app);
 
-    const QString programDir = QApplication::applicationDirPath();
-    const QString appPath = QDir::cleanPath(QDir(parser.isSet(appPathOption) ? parser.value(appPathOption) : programDir).absolutePath());
-    QDir().mkpath(appPath);
-    HostSession::provideDataFiles(programDir, appPath);
-
+    // Made first: it installs the message boxes that the folder choice may need.
     ClsMain cls;
+    const QString programDir = QApplication::applicationDirPath();
+    const AppFolder folder = chooseAppFolder(AppFolderInputs::fromEnvironment(parser.value(appPathOption), programDir));
+    const QString appPath = QDir::cleanPath(QDir(folder.path).absolutePath());
+    if (folder.perUser) {
+        const QString failed = preparePerUserFolder(appPath, programDir);
+        if (!failed.isEmpty()) {
+            prompter().inform(QStringLiteral("FBT cannot prepare your application folder:\n\n%1").arg(failed),
+                              Prompter::Icon::Critical);
+            return 1;
+        }
+    }
+    QDir().mkpath(appPath);
+    provideDataFiles(programDir, appPath);
+
     HostSession* sessionRef = nullptr;
     HostSession::Hooks hooks;
     hooks.runBusy = [](const QString& title, const std::function<void(const HostSession::Report&)>& work) { runBusy(title, work); };

@@ -2,16 +2,20 @@
 
 #include "ui_mainwindow.h"
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/prompter.h"
 #include "host/assessmentyears.h"
 #include "host/clientdialog.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/connectiondialog.h"
 #include "host/failuretext.h"
 #include "host/hostsession.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QKeyEvent>
 #include <QLabel>
 
@@ -96,8 +100,25 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     connect(ui->lstclients, &QTableWidget::activated, this, [this] { call(Member::ShowAddInfo); });
     connect(ui->cboyear, &QComboBox::currentIndexChanged, this, &MainWindow::cboyear_Click);
 
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->setObjectName(QStringLiteral("mnuhelp"));
+    QAction* about = help->addAction(QStringLiteral("&About FBT"), this, &MainWindow::mnuabout_Click);
+    about->setObjectName(QStringLiteral("mnuabout"));
+
     reload();
     ui->txtsearch->setFocus();
+}
+
+void MainWindow::mnuabout_Click()
+{
+    const QString program = QCoreApplication::applicationDirPath();
+    QString folder = session_.appPath();
+    if (QFileInfo(folder).canonicalFilePath() != QFileInfo(program).canonicalFilePath())
+        folder += QStringLiteral("\n(the program is in %1)").arg(program);
+    prompter().inform(QStringLiteral("FBT %1\nFringe Benefit Tax returns of the clients of a practice.\n\n"
+                                     "Application folder: %2\nDatabase: %3")
+                          .arg(QCoreApplication::applicationVersion(), folder, session_.settings().describe()),
+                      Prompter::Icon::Information);
 }
 
 MainWindow::~MainWindow()

@@ -56,6 +56,7 @@ private slots:
     void mnueditclient_Click();
     void mnudeleteclient_Click();
     void mnuconnection_Click();
+    void mnuabout_Click();
     void txtsearch_Change(const QString& text);
     void txtsearch_KeyPress();
     void lstclients_SelChange();

@@ -4,7 +4,7 @@
 #include "core/resumenext.h"
 #include "screens/addinfo/aolookup.h"
 #include "screens/addinfo/bankdetails.h"
-#include "core/keyrules.h"
+#include "ui/keyrules.h"
 
 #include <QPushButton>
 

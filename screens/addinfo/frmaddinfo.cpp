@@ -4,8 +4,8 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "core/resumenext.h"
-#include "core/screenscaling.h"
-#include "core/keyrules.h"
+#include "ui/screenscaling.h"
+#include "ui/keyrules.h"
 #include "ui_frmaddinfo.h"
 
 namespace corvane {

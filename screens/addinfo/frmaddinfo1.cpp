@@ -4,9 +4,9 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "core/resumenext.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "core/statelist.h"
-#include "core/keyrules.h"
+#include "ui/keyrules.h"
 #include "ui_frmaddinfo1.h"
 
 namespace corvane {

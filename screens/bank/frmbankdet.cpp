@@ -4,9 +4,9 @@
 #include "components/bankinfo/bankinfo.h"
 #include "core/prompter.h"
 #include "core/resumenext.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "screens/bank/bankinfocall.h"
-#include "core/screenkeys.h"
+#include "ui/screenkeys.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "components/bankinfo/bankinfo.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/objectregistry.h"
 
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/statelist.h"
 #include "support/testlog.h"

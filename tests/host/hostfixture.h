@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "db/schema.h"

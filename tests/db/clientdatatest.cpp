@@ -1,5 +1,5 @@
-#include "core/clientdata.h"
-#include "core/clsmain.h"
+#include "db/clientdata.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "db/sqltext.h"
 #include "support/testdatabase.h"

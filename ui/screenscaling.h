@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/screenmeasure.h"
+#include "gui/screenmeasure.h"
 
 #include <QList>
 #include <QString>

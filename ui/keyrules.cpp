@@ -1,6 +1,6 @@
-#include "core/keyrules.h"
+#include "ui/keyrules.h"
 
-#include "core/screenkeys.h"
+#include "ui/screenkeys.h"
 
 #include <QApplication>
 #include <QFocusEvent>

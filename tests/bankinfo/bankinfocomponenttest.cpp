@@ -1,7 +1,7 @@
 #include "components/bankinfo/bankinfocomponent.h"
 #include "components/bankinfo/lookupdialog.h"
 #include "components/bankinfo/lookupimport.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/progress.h"
@@ -259,4 +259,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(BankInfoComponentTest)
-#include "tst_bankinfocomponent.moc"
+#include "bankinfocomponenttest.moc"

@@ -1,4 +1,4 @@
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 
 #include "core/modbase.h"
 #include "core/resumenext.h"

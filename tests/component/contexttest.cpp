@@ -1,4 +1,4 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/errorlog.h"
 #include "core/modbase.h"
 #include "core/objectregistry.h"

@@ -1,7 +1,7 @@
 #include "banktestsupport.h"
 
-#include "core/clsmain.h"
-#include "core/components.h"
+#include "component/clsmain.h"
+#include "component/components.h"
 #include "core/errorlog.h"
 #include "db/schema.h"
 #include "screens/bank/frmbankdet1.h"
@@ -454,4 +454,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(BankMasterScreenTest)
-#include "tst_frmbankdet1.moc"
+#include "frmbankdet1test.moc"

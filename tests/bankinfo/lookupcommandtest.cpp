@@ -108,4 +108,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(LookupCommandTest)
-#include "tst_lookupcommand.moc"
+#include "lookupcommandtest.moc"

@@ -62,4 +62,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(CsvReaderTest)
-#include "tst_csvreader.moc"
+#include "csvreadertest.moc"

@@ -1,4 +1,4 @@
-#include "core/qtprompter.h"
+#include "ui/qtprompter.h"
 
 #include "core/modbase.h"
 

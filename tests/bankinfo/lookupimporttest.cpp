@@ -257,4 +257,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(LookupImportTest)
-#include "tst_lookupimport.moc"
+#include "lookupimporttest.moc"

@@ -1,7 +1,7 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/screenreso.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "core/settings.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -291,7 +291,7 @@ private slots:
         QCOMPARE(bar.palette().color(QPalette::Base), QColor(0, 128, 255));
         QCOMPARE(bar.palette().color(QPalette::Window), QColor(0, 128, 255));
 
-        // The default colour and a system colour (highlight) of the original platform.
+        // 0xFF000000 asks for the default colour, 0x8000000D for the system's highlight colour.
         host.SetPBBarColor(&bar, qint32(0xFF000000));
         QCOMPARE(bar.palette().color(QPalette::Highlight), QApplication::palette(&bar).color(QPalette::Highlight));
         host.SetPBBackColor(&bar, qint32(0x8000000D));

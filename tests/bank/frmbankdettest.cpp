@@ -1,6 +1,6 @@
 #include "banktestsupport.h"
 
-#include "core/components.h"
+#include "component/components.h"
 #include "core/errorlog.h"
 #include "db/schema.h"
 #include "screens/bank/frmbankdet.h"
@@ -427,4 +427,4 @@ private slots:
 };
 
 CORVANE_TEST_CLASS(BankAccountsScreenTest)
-#include "tst_frmbankdet.moc"
+#include "frmbankdettest.moc"

@@ -1,15 +1,15 @@
-#include "core/clsmain.h"
+#include "component/clsmain.h"
 
-#include "core/clientdata.h"
-#include "core/components.h"
+#include "db/clientdata.h"
+#include "component/components.h"
 #include "core/conversions.h"
 #include "core/modbase.h"
 #include "core/reportviewer.h"
 #include "core/resumenext.h"
-#include "core/screenscaling.h"
+#include "ui/screenscaling.h"
 #include "core/settings.h"
 #include "core/statelist.h"
-#include "core/qtprompter.h"
+#include "ui/qtprompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet1.h"
@@ -24,8 +24,9 @@ namespace corvane {
 
 namespace {
 
-// What the original did when the library was loaded: register the outside
-// components and create the report viewer, kept for the life of the process.
+// Runs once, before the first member call: registers the outside components
+// and creates the report viewer, which every report screen shares for the life
+// of the process.
 void startUp()
 {
     static std::once_flag once;

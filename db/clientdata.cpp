@@ -1,4 +1,4 @@
-#include "core/clientdata.h"
+#include "db/clientdata.h"
 
 #include "core/resumenext.h"
 #include "db/connection.h"

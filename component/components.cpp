@@ -1,4 +1,4 @@
-#include "core/components.h"
+#include "component/components.h"
 
 #include "components/bankinfo/bankinfocomponent.h"
 #include "components/repview/repview.h"

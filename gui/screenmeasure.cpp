@@ -1,4 +1,4 @@
-#include "core/screenmeasure.h"
+#include "gui/screenmeasure.h"
 
 #include "core/resumenext.h"
 
