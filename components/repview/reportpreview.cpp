@@ -50,10 +50,13 @@ void ReportPreview::paint(QPrinter* target)
 {
     const int pages = layout_.paginate(*target, target->pageLayout());
     QPainter painter(target);
+    // The pages are painted when the preview first shows, before it is on
+    // screen: a long report shows its progress over the window that asked for it.
     std::unique_ptr<QProgressDialog> progress;
-    if (pages > kProgressPages && isVisible()) {
-        progress = std::make_unique<QProgressDialog>(QStringLiteral("Laying out the pages…"), QString(), 0, pages, this);
-        progress->setWindowModality(Qt::WindowModal);
+    if (pages > kProgressPages) {
+        progress = std::make_unique<QProgressDialog>(QStringLiteral("Laying out %1 pages…").arg(pages), QString(), 0,
+                                                     pages, isVisible() ? this : parentWidget());
+        progress->setWindowModality(Qt::ApplicationModal);
         progress->setMinimumDuration(300);
     }
     layout_.print(*target, painter, [&](int done, int) {

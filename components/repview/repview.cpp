@@ -2,12 +2,15 @@
 
 #include "components/repview/reportpreview.h"
 
+#include <QApplication>
+
 namespace corvane {
 
 RepView::RepView()
 {
     show = [](const ReportDocument& document) {
-        ReportPreview preview(document);
+        // Over the window that asked for the report.
+        ReportPreview preview(document, QApplication::activeWindow());
         runner()(preview);
     };
 }

@@ -1,12 +1,12 @@
 #include "screens/register/returnregister.h"
 
+#include "core/clientstatus.h"
 #include "core/conversions.h"
 #include "core/failure.h"
 #include "core/modbase.h"
 #include "core/textnumbers.h"
 #include "db/connection.h"
 
-#include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -15,16 +15,6 @@ namespace corvane::returnregister {
 namespace {
 
 const QString kDbSource = QStringLiteral("Corvane.Register");
-
-QHash<QString, QString> statusNames()
-{
-    QHash<QString, QString> names;
-    for (const QString& item : statusList().split(QLatin1Char('|'))) {
-        const QString code = item.section(QLatin1Char(';'), 0, 0).mid(1);
-        names.insert(code, item.section(QLatin1Char(';'), 1));
-    }
-    return names;
-}
 
 QString textOf(const QVariant& value)
 {
@@ -41,19 +31,11 @@ const QStringList& headings()
     return list;
 }
 
-const QString& statusList()
-{
-    static const QString list = QStringLiteral(
-        "#0;Individual|#1;HUF|#3;Partnership Firm|#4;Artificial Juridical Person|#5;Foreign Company|"
-        "#6;Local Authority|#9;AOP|#11;AOP(Trusts)|#13;BOI|#15;Public Limited Company|"
-        "#16;Private Limited Company|#17;Co-operative Society");
-    return list;
-}
-
 QString statusName(const QString& code)
 {
-    static const QHash<QString, QString> names = statusNames();
-    return names.value(code, code);
+    bool number = false;
+    const int value = code.toInt(&number);
+    return number ? clientStatusName(value) : code;
 }
 
 QStringList yearItems(int contextYear)

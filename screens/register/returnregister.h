@@ -22,9 +22,8 @@ using Row = std::array<QString, ColumnCount>;
 // The six headings of the columns shown (the last two columns have none).
 const QStringList& headings();
 
-// The client status list "#0;Individual|#1;HUF|…" and the shown name of a
-// stored code; a code not in the list shows as itself.
-const QString& statusList();
+// The shown name of a stored status (the client status list); a code not in
+// the list, or no number, shows as itself.
 QString statusName(const QString& code);
 
 constexpr int kFirstYear = 2006;

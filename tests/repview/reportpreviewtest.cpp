@@ -1,7 +1,7 @@
 #include "components/repview/reportpreview.h"
 #include "components/repview/repview.h"
 #include "core/chooser.h"
-#include "core/components.h"
+#include "component/components.h"
 #include "core/modbase.h"
 #include "core/objectregistry.h"
 #include "core/prompter.h"
