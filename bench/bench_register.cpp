@@ -8,6 +8,7 @@
 //   CORVANE_BENCH_SOCKET=PATH uses a running server (user root) instead of a private one.
 #include "components/repview/reportdocument.h"
 #include "components/repview/reportlayout.h"
+#include "components/repview/reportpreview.h"
 #include "core/modbase.h"
 #include "core/resumenext.h"
 #include "db/connection.h"
@@ -199,6 +200,33 @@ int main(int argc, char** argv)
                    .arg(client, 0, 'f', 1)
                    .arg(grid / client, 0, 'f', 2)
             << Qt::endl;
+
+        // The print preview of the same register: the time from the call until its pages are shown.
+        {
+            auto recorder = std::make_shared<ReportRecorder>();
+            modbase().reportViewer = recorder;
+            ResumeNext guard(QStringLiteral("bench"), QStringLiteral("PREVIEW"));
+            QElapsedTimer p;
+            p.start();
+            registerreport::show(
+                heading(Returns::All, QStringLiteral("2008-09"), {}), registerreport::registerColumns(),
+                model.rowCount() + 1,
+                [&](int row, int column) {
+                    return row == 0 ? headings().value(column) : model.data(model.index(row - 1, column)).toString();
+                },
+                guard);
+            const qint64 built = p.elapsed();
+            ReportPreview preview(recorder->document());
+            preview.show();
+            QCoreApplication::processEvents();
+            out << QStringLiteral("print preview of %1 rows: report built in %2 ms, %3 pages shown after %4 ms")
+                       .arg(model.rowCount())
+                       .arg(built)
+                       .arg(preview.pageCount())
+                       .arg(p.elapsed())
+                << Qt::endl;
+            modbase().reportViewer.reset();
+        }
 
         if (memoryClients > 0) {
             t.restart();
