@@ -63,8 +63,10 @@ Pending::Pending(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::Pen
 
     ui->Grid2->setModel(&model_);
     ui->Grid2->verticalHeader()->hide();
-    // The name takes the room the other columns leave.
-    ui->Grid2->horizontalHeader()->setSectionResizeMode(Name, QHeaderView::Stretch);
+    // The columns fit their content (the first thousand rows), the name takes the room they leave.
+    QHeaderView* header = ui->Grid2->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(Name, QHeaderView::Stretch);
     ui->Grid2->setColumnHidden(HasRow, true);
     ui->Grid2->setColumnHidden(IntDate, true);
     setGrid2Editable(0);
@@ -113,11 +115,6 @@ void Pending::Form_Load()
 {
     ResumeNext guard(module(), QStringLiteral("FORM_LOAD"));
     guard([&] { Resize_For_Resolution(this, false); });
-    // The register's widths, grown with the screen as the fonts are.
-    const registerreport::Columns columns = registerreport::registerColumns();
-    const double ratio = qMax(1.0, double(modbase().vScreenRatX));
-    for (int c = 0; c < columns.widths.size(); ++c)
-        ui->Grid2->setColumnWidth(c, int(columns.widths.at(c) * ratio));
     ui->cboasyear->addItems(yearItems(modbase().TYear));
     ui->cboasyear->setCurrentIndex(ui->cboasyear->count() - 1);
     ui->cboreturn->addItems({QStringLiteral("All"), QStringLiteral("Pending"), QStringLiteral("Filed")});
