@@ -22,6 +22,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QHeaderView>
 #include <QProcess>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -176,6 +177,11 @@ int main(int argc, char** argv)
         QTableView view;
         RegisterModel model;
         view.setModel(&model);
+        // as the register screen sets its grid up
+        view.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        view.horizontalHeader()->setSectionResizeMode(Name, QHeaderView::Stretch);
+        view.setColumnHidden(HasRow, true);
+        view.setColumnHidden(IntDate, true);
         view.resize(1000, 600);
         view.show();
         const double grid = bestOf(5, [&] {
