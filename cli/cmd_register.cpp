@@ -1,7 +1,9 @@
 #include "cli/command.h"
+#include "cli/texttable.h"
 
 #include "components/repview/reportdocument.h"
 #include "components/repview/reportlayout.h"
+#include "core/csvwriter.h"
 #include "core/failure.h"
 #include "core/modbase.h"
 #include "core/resumenext.h"
@@ -42,27 +44,11 @@ QString csvText(const QVector<Row>& rows)
 
 QString plainText(const QString& title, const QVector<Row>& rows)
 {
-    QVector<QStringList> table{headings()};
+    QVector<QStringList> table;
+    table.reserve(rows.size());
     for (const Row& row : rows)
         table << shownCells(row);
-    QVector<int> widths(headings().size(), 0);
-    for (const QStringList& line : table)
-        for (int c = 0; c < line.size(); ++c)
-            widths[c] = qMax(widths[c], int(line.at(c).size()));
-    auto format = [&](const QStringList& line) {
-        QStringList cells;
-        for (int c = 0; c < line.size(); ++c)
-            cells << line.at(c).leftJustified(widths[c]);
-        return cells.join(QStringLiteral("  ")).trimmed() + QLatin1Char('\n');
-    };
-    QString text = title + QStringLiteral("\n\n") + format(table.first());
-    QStringList rules;
-    for (int w : widths)
-        rules << QString(w, QLatin1Char('-'));
-    text += rules.join(QStringLiteral("  ")) + QLatin1Char('\n');
-    for (int i = 1; i < table.size(); ++i)
-        text += format(table.at(i));
-    return text;
+    return title + QStringLiteral("\n\n") + textTable(headings(), table);
 }
 
 void writeFile(const QString& path, const QString& text)

@@ -13,6 +13,7 @@
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/bank/frmbankdet1.h"
+#include "screens/cldet/frmcldet.h"
 #include "screens/register/pending.h"
 
 #include <QComboBox>
@@ -121,8 +122,17 @@ void ClsMain::ShowBankMas()
     });
 }
 
-// The screens arrive one by one; until a screen exists its member returns at once.
-void ClsMain::ShowClDet() {}
+void ClsMain::ShowClDet()
+{
+    static QPointer<frmcldet> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new frmcldet;
+        instance->exec();
+        delete instance;
+    });
+}
 
 void ClsMain::ShowReturn()
 {

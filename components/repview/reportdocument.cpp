@@ -1,5 +1,7 @@
 #include "components/repview/reportdocument.h"
 
+#include "core/csvwriter.h"
+
 #include <QBuffer>
 
 namespace corvane {
@@ -23,23 +25,6 @@ QString ReportDocument::title() const
         if (!line.inTable && !line.cells.isEmpty())
             return line.cells.first().text;
     return QString();
-}
-
-QString csvRecord(const QStringList& fields)
-{
-    QStringList out;
-    out.reserve(fields.size());
-    for (const QString& f : fields) {
-        if (f.contains(QLatin1Char(',')) || f.contains(QLatin1Char('"')) || f.contains(QLatin1Char('\n'))
-            || f.contains(QLatin1Char('\r'))) {
-            QString quoted = f;
-            quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-            out << QLatin1Char('"') + quoted + QLatin1Char('"');
-        } else {
-            out << f;
-        }
-    }
-    return out.join(QLatin1Char(',')) + QStringLiteral("\r\n");
 }
 
 void ReportDocument::writeCsv(QIODevice& out) const

@@ -72,9 +72,6 @@ struct ReportDocument {
     QString csv() const;
 };
 
-// One CSV record: fields in quotes when they hold a comma, quote or line end.
-QString csvRecord(const QStringList& fields);
-
 // Reads the viewer's calls into a document; ShowReport hands the document to
 // the show function (the preview on screen; nothing on the command line).
 class ReportRecorder : public ReportViewer {

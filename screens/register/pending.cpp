@@ -8,6 +8,7 @@
 #include "ui/screenkeys.h"
 #include "ui/screenscaling.h"
 #include "db/connection.h"
+#include "db/contextconnection.h"
 #include "screens/register/filingsave.h"
 #include "screens/register/registerreport.h"
 
@@ -22,13 +23,6 @@ namespace corvane {
 using namespace returnregister;
 
 namespace {
-
-Connection& registerConnection()
-{
-    if (!modbase().CnnObj)
-        throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set"));
-    return *modbase().CnnObj;
-}
 
 // Focus that leaves because another window took over is no leaving of the box.
 bool leavesWithinForm(const QEvent* event)
@@ -175,7 +169,7 @@ void Pending::LOADGRID()
     ResumeNext guard(module(), QStringLiteral("LOADGRID"));
     QVector<Row> rows;
     const Period p = period();
-    guard([&] { rows = load(registerConnection(), yearOf(yearItem()), returns(), p); });
+    guard([&] { rows = load(contextConnection(), yearOf(yearItem()), returns(), p); });
     model_.setRows(std::move(rows));
     if (model_.rowCount() > 0)
         ui->Grid2->setCurrentIndex(model_.index(0, 0));
@@ -186,7 +180,7 @@ void Pending::LOADGRID1()
 {
     ResumeNext guard(module(), QStringLiteral("LOADGRID1"));
     QVector<Entry> entries;
-    guard([&] { entries = loadEntries(registerConnection(), yearOf(yearItem())); });
+    guard([&] { entries = loadEntries(contextConnection(), yearOf(yearItem())); });
     entries_ = std::move(entries);
     listModel_.entriesChanged();
     workModel_.entriesChanged();
@@ -242,7 +236,7 @@ bool Pending::SAVEDATA()
         ui->Grid2->setFocus();
         return false;
     }
-    guard([&] { filing::writeGrid(registerConnection(), model_.rows(), yearItem(), prompter(), guard); });
+    guard([&] { filing::writeGrid(contextConnection(), model_.rows(), yearItem(), prompter(), guard); });
     model_.rowsChanged();
     return true;
 }
@@ -456,7 +450,7 @@ void Pending::cmdsave_Click()
         return;
     const filing::ClientSave save{ui->txtcode->text(), ui->txtfldt->text(), ui->txtrecno->text()};
     filing::Outcome outcome = filing::Outcome::Failed;
-    guard([&] { outcome = filing::saveClient(registerConnection(), entries_, save, yearItem(), prompter(), guard); });
+    guard([&] { outcome = filing::saveClient(contextConnection(), entries_, save, yearItem(), prompter(), guard); });
     const QString text = filing::message(outcome, yearItem());
     if (!text.isEmpty()) {
         prompter().inform(text);

@@ -96,23 +96,6 @@ private slots:
         QCOMPARE(l.cells.at(0).text, QStringLiteral("Bold"));
     }
 
-    void csvFollowsRfc4180_data()
-    {
-        QTest::addColumn<QStringList>("fields");
-        QTest::addColumn<QString>("record");
-        QTest::newRow("plain") << QStringList{"a", "b c"} << "a,b c\r\n";
-        QTest::newRow("comma") << QStringList{"Sons, Ltd", "x"} << "\"Sons, Ltd\",x\r\n";
-        QTest::newRow("quote doubled") << QStringList{"6\" pipes"} << "\"6\"\" pipes\"\r\n";
-        QTest::newRow("line end") << QStringList{"two\r\nlines", ""} << "\"two\r\nlines\",\r\n";
-        QTest::newRow("empty fields") << QStringList{"", "", ""} << ",,\r\n";
-    }
-    void csvFollowsRfc4180()
-    {
-        QFETCH(QStringList, fields);
-        QFETCH(QString, record);
-        QCOMPARE(csvRecord(fields), record);
-    }
-
     void csvHasOneHeadingRowThenTheData()
     {
         ReportRecorder viewer;
