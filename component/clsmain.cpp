@@ -16,6 +16,7 @@
 #include "screens/bank/frmbankdet1.h"
 #include "screens/cldet/frmcldet.h"
 #include "screens/repair/frmchkrep.h"
+#include "screens/register/pending.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -123,7 +124,6 @@ void ClsMain::ShowBankMas()
     });
 }
 
-// The screens arrive one by one; until a screen exists its member returns at once.
 void ClsMain::ShowClDet()
 {
     static QPointer<frmcldet> instance;
@@ -135,7 +135,20 @@ void ClsMain::ShowClDet()
         delete instance;
     });
 }
-void ClsMain::ShowReturn() {}
+
+void ClsMain::ShowReturn()
+{
+    static QPointer<Pending> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new Pending;
+        // Grid cells go into edit mode as soon as they are entered.
+        instance->setGrid2Editable(2);
+        instance->exec();
+        delete instance;
+    });
+}
 
 QString ClsMain::vTmpPath() const { return modbase().vTmpPath; }
 void ClsMain::setvTmpPath(const QString& value) { modbase().vTmpPath = value; }

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "core/modbase.h"
+#include "core/prompter.h"
+#include "db/connection.h"
+#include "db/sqltext.h"
+#include "screens/register/filingsave.h"
+
+#include <QStringList>
+#include <memory>
+
+namespace corvane::test {
+
+inline std::shared_ptr<ScriptedPrompter> installPrompter()
+{
+    auto p = std::make_shared<ScriptedPrompter>();
+    modbase().prompter = p;
+    return p;
+}
+
+// A client of FBT_Info with code, name, PAN and status (null when status is empty).
+inline void insertClient(Connection& c, const QString& code, const QString& name, const QString& pan = QString(),
+                         const QString& status = QStringLiteral("0"))
+{
+    c.execute(QStringLiteral("insert into FBT_Info (Code_No, Name, PAN, ClStatus) values (%1, %2, %3, %4)")
+                  .arg(sqlQuote(code), sqlQuote(name), sqlQuote(pan), status.isEmpty() ? QStringLiteral("null") : status));
+}
+
+// The client's FBT_AddInfo row of a year, written as the register writes a new one, then its interest date.
+inline void insertFiling(Connection& c, const QString& code, int year, const QString& date, const QString& number,
+                         const QString& intDt = QString())
+{
+    c.execute(filing::insertStatement(code, year, date, number));
+    c.execute(QStringLiteral("update FBT_AddInfo set IntDt=%1 where Code_No=%2 and TYear=%3")
+                  .arg(sqlQuote(intDt), sqlQuote(code))
+                  .arg(year));
+}
+
+} // namespace corvane::test

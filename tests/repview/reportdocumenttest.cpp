@@ -1,0 +1,199 @@
+#include "components/repview/reportdocument.h"
+#include "components/repview/reportlayout.h"
+#include "support/pdftext.h"
+#include "support/testmain.h"
+
+#include <QPdfWriter>
+#include <QTemporaryDir>
+
+using namespace corvane;
+
+namespace {
+
+const QChar kEsc(27);
+
+// One line through the viewer, as a report screen writes it.
+void line(ReportRecorder& viewer, const QStringList& cells, const QString& headingFlags, const QVector<qint16>& widths = {},
+          const QVector<qint32>& aligns = {}, bool pageBreak = false, const QString& wrap = QString())
+{
+    QVector<QVariant> values;
+    for (const QString& c : cells)
+        values << c;
+    QVector<qint16> shorts = widths.isEmpty() ? QVector<qint16>(cells.size(), 100) : widths;
+    QVector<qint32> longs = aligns.isEmpty() ? QVector<qint32>(cells.size(), 0) : aligns;
+    QStringList texts1, texts2;
+    QString t1 = headingFlags, t2 = QString(cells.size(), QLatin1Char('1')), t3 = wrap, t4 = headingFlags;
+    viewer.WriteToReport(values, shorts, longs, texts1, texts2, pageBreak, t1, t2, t3, t4);
+}
+
+void table(ReportRecorder& viewer, int rows, const QString& title = QStringLiteral("Title"))
+{
+    viewer.NewReport();
+    QVector<QVariant> values{kEsc + QStringLiteral("E") + title + kEsc + QStringLiteral("F")};
+    QVector<qint16> shorts{78};
+    QVector<qint32> longs{1};
+    QStringList a, b;
+    bool flag = false;
+    QString zero = QStringLiteral("0"), z2 = zero, z3 = zero, z4 = zero;
+    viewer.WriteToReport(values, shorts, longs, a, b, flag, zero, z2, z3, z4);
+    viewer.printtext(QString(kEsc) + QChar(15) + kEsc + QStringLiteral("P"));
+    viewer.CreateTable(3, 300);
+    line(viewer, {"Code", "Name", "Amount"}, QStringLiteral("111"));
+    for (int i = 1; i <= rows; ++i)
+        line(viewer, {QStringLiteral("C%1").arg(i), QStringLiteral("Client %1").arg(i), QString::number(i * 10)},
+             QStringLiteral("000"), {}, {0, 0, 2});
+    viewer.printtext(QString(kEsc) + QChar(18) + kEsc + QStringLiteral("P"));
+}
+
+} // namespace
+
+class ReportDocumentTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir dir;
+
+private slots:
+    void printerSequencesBecomeFormatting()
+    {
+        ReportRecorder viewer;
+        table(viewer, 2, QStringLiteral("List of All Clients"));
+        const ReportDocument& doc = viewer.document();
+        QCOMPARE(doc.lines.size(), 4);
+        const ReportLine& title = doc.lines.at(0);
+        QVERIFY(!title.inTable);
+        QVERIFY(!title.condensed);
+        QCOMPARE(title.cells.first().text, QStringLiteral("List of All Clients")); // no escape characters left
+        QVERIFY(title.cells.first().has(ReportCell::Bold));
+        QCOMPARE(title.cells.first().align, ReportCell::Centre);
+        QCOMPARE(doc.title(), QStringLiteral("List of All Clients"));
+        const ReportLine& heading = doc.lines.at(1);
+        QVERIFY(heading.inTable && heading.heading && heading.condensed);
+        QVERIFY(heading.cells.at(0).has(ReportCell::Bold));
+        const ReportLine& data = doc.lines.at(2);
+        QVERIFY(data.inTable && !data.heading && data.condensed);
+        QVERIFY(!data.cells.at(0).has(ReportCell::Bold));
+        QVERIFY(data.cells.at(0).has(ReportCell::Border));
+        QCOMPARE(data.cells.at(2).align, ReportCell::Right);
+        QCOMPARE(doc.tableColumns, 3);
+        QCOMPARE(doc.tableWidth, 300);
+        // Condensed print ends after the table.
+        viewer.printtext(QStringLiteral("After"));
+        QVERIFY(!viewer.document().lines.last().condensed);
+        // A new report starts empty and uncondensed.
+        viewer.NewReport();
+        QVERIFY(viewer.document().lines.isEmpty());
+    }
+
+    void boldSequenceStaysInItsCell()
+    {
+        ReportRecorder viewer;
+        viewer.NewReport();
+        viewer.CreateTable(2, 0);
+        line(viewer, {kEsc + QStringLiteral("E") + QStringLiteral("Bold"), QStringLiteral("Plain")}, QStringLiteral("00"));
+        const ReportLine& l = viewer.document().lines.first();
+        QVERIFY(l.cells.at(0).has(ReportCell::Bold));
+        QVERIFY(!l.cells.at(1).has(ReportCell::Bold));
+        QCOMPARE(l.cells.at(0).text, QStringLiteral("Bold"));
+    }
+
+    void csvHasOneHeadingRowThenTheData()
+    {
+        ReportRecorder viewer;
+        table(viewer, 2);
+        QCOMPARE(viewer.document().csv(),
+                 QStringLiteral("Code,Name,Amount\r\nC1,Client 1,10\r\nC2,Client 2,20\r\n"));
+    }
+
+    void headingRepeatsOnEveryPage()
+    {
+        ReportRecorder viewer;
+        table(viewer, 400);
+        QPdfWriter writer(dir.filePath(QStringLiteral("probe.pdf")));
+        writer.setResolution(300);
+        ReportLayout layout(viewer.document());
+        const int pages = layout.paginate(writer, ReportLayout::defaultPageLayout(false));
+        QVERIFY2(pages > 2, qPrintable(QString::number(pages)));
+
+        const QString path = dir.filePath(QStringLiteral("long.pdf"));
+        QVERIFY(ReportLayout::writePdf(viewer.document(), path));
+        const QStringList pageTexts = test::pdfText(path).split(QChar(12), Qt::SkipEmptyParts);
+        QCOMPARE(pageTexts.size(), pages);
+        QVERIFY(pageTexts.first().contains(QStringLiteral("Title")));
+        for (int p = 0; p < pages; ++p) {
+            QVERIFY2(pageTexts.at(p).contains(QStringLiteral("Code")), qPrintable(QString::number(p)));
+            QVERIFY(pageTexts.at(p).contains(QStringLiteral("Page %1 of %2").arg(p + 1).arg(pages)));
+        }
+        QVERIFY(!pageTexts.at(1).contains(QStringLiteral("Title")));
+        // every row once, in order
+        const QString all = pageTexts.join(QString());
+        int from = 0;
+        for (int i = 1; i <= 400; ++i) {
+            const int at = int(all.indexOf(QStringLiteral("Client %1 ").arg(i), from));
+            QVERIFY2(at >= 0, qPrintable(QStringLiteral("Client %1").arg(i)));
+            from = at;
+        }
+    }
+
+    void pageBreakFlagStartsAPage()
+    {
+        ReportRecorder viewer;
+        viewer.NewReport();
+        viewer.CreateTable(1, 0);
+        line(viewer, {"H"}, QStringLiteral("1"));
+        line(viewer, {"one"}, QStringLiteral("0"));
+        line(viewer, {"two"}, QStringLiteral("0"), {}, {}, true);
+        QPdfWriter writer(dir.filePath(QStringLiteral("break.pdf")));
+        ReportLayout layout(viewer.document());
+        QCOMPARE(layout.paginate(writer, ReportLayout::defaultPageLayout(false)), 2);
+    }
+
+    void wrappedCellsMakeTallerRows()
+    {
+        ReportRecorder viewer;
+        viewer.NewReport();
+        viewer.CreateTable(2, 0);
+        line(viewer, {"Nature", "Other"}, QStringLiteral("11"));
+        const QString natures = QStringLiteral("Trading\r\nManufacturing\r\nServices");
+        for (int i = 0; i < 60; ++i)
+            line(viewer, {natures, QStringLiteral("x")}, QStringLiteral("00"));
+        QPdfWriter writer(dir.filePath(QStringLiteral("wrap.pdf")));
+        ReportLayout tall(viewer.document());
+        const int tallPages = tall.paginate(writer, ReportLayout::defaultPageLayout(false));
+
+        ReportRecorder flat;
+        flat.NewReport();
+        flat.CreateTable(2, 0);
+        line(flat, {"Nature", "Other"}, QStringLiteral("11"));
+        for (int i = 0; i < 60; ++i)
+            line(flat, {QStringLiteral("Trading"), QStringLiteral("x")}, QStringLiteral("00"));
+        ReportLayout single(flat.document());
+        QVERIFY(tallPages > single.paginate(writer, ReportLayout::defaultPageLayout(false)));
+        QVERIFY(viewer.document().lines.at(1).cells.at(0).text.contains(QLatin1Char('\n')));
+    }
+
+    void wideReportIsLandscapeOnce()
+    {
+        ReportRecorder viewer;
+        bool landscape = false;
+        viewer.show = [&](const ReportDocument& doc) { landscape = doc.landscape; };
+        viewer.setsetcol130(true);
+        viewer.NewReport();
+        viewer.ShowReport();
+        QVERIFY(landscape);
+        viewer.NewReport();
+        viewer.ShowReport();
+        QVERIFY(!landscape);
+    }
+
+    void unwritablePdfIsReported()
+    {
+        ReportRecorder viewer;
+        table(viewer, 1);
+        QString error;
+        QVERIFY(!ReportLayout::writePdf(viewer.document(), QStringLiteral("/nonexistent-dir/x.pdf"), &error));
+        QVERIFY(error.contains(QStringLiteral("/nonexistent-dir/x.pdf")));
+    }
+};
+
+CORVANE_TEST_CLASS(ReportDocumentTest)
+#include "reportdocumenttest.moc"
