@@ -5,40 +5,17 @@
 #include "core/progress.h"
 #include "core/prompter.h"
 #include "core/resumenext.h"
+#include "screens/backup/barprogress.h"
 #include "ui/screenkeys.h"
 #include "ui/screenscaling.h"
 
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 
 namespace corvane {
 
 namespace {
-
-// The bar and the label of the screen; every step lets the window repaint
-// and take input, so that it stays responsive while the tables are worked on.
-class ScreenProgress : public Progress {
-public:
-    ScreenProgress(QProgressBar* bar, QLabel* label) : bar_(bar), label_(label) {}
-
-    void setRange(int minimum, int maximum) override { bar_->setRange(minimum, maximum); }
-    void setValue(int value) override
-    {
-        bar_->setValue(value);
-        QCoreApplication::processEvents();
-    }
-    void setText(const QString& text) override
-    {
-        label_->setText(text);
-        QCoreApplication::processEvents();
-    }
-
-private:
-    QProgressBar* bar_;
-    QLabel* label_;
-};
 
 // The progress bar's colours, in the BGR order of SetPBBackColor.
 constexpr qint32 kBarBack = 0x00FFFFFF;
@@ -50,7 +27,7 @@ frmchkrep::frmchkrep(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::frmchkrep>())
 {
     ui->setupUi(this);
-    progress_ = std::make_unique<ScreenProgress>(ui->pb1, ui->Label1);
+    progress_ = std::make_unique<BarProgress>(ui->pb1, ui->Label1);
     QHeaderView* header = ui->vsf->horizontalHeader();
     header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     header->setSectionResizeMode(1, QHeaderView::Stretch);
