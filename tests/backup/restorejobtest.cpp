@@ -545,7 +545,9 @@ private slots:
         QCOMPARE(prompter_->texts(), QStringList{"Could not Extract the Backup File."});
         QVERIFY(job.rows().isEmpty());
         // Only the log line about the refused entry is new.
-        QCOMPARE(treeOf(area_->path()), before + QStringList{"app/FBTLogger.log"});
+        QStringList expected = before + QStringList{"app/FBTLogger.log"};
+        expected.sort();
+        QCOMPARE(treeOf(area_->path()), expected);
         QVERIFY(!QFileInfo::exists("/tmp/corvane-restore-hostile"));
         QVERIFY(readFile(app_ + "/Confg.ini").contains("mark=old"));
         QVERIFY(test::logContexts().contains("ORVZipLib\tUNZIPME"));
