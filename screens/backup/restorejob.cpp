@@ -205,7 +205,7 @@ bool RestoreJob::checkBackupSource(const Choice& choice)
     }
     auto folder = [&](const QString& path, const QString& question, const QString& missing, Field field) {
         if (path.isEmpty()) {
-            const auto answer = prompter_.ask(question, Prompter::Buttons::YesNo, Prompter::Icon::Question);
+            const auto answer = prompter_.ask(question, Prompter::Buttons::YesNo, Prompter::Icon::Question, Prompter::Answer::No);
             return answer == Prompter::Answer::Yes || refuse(QString(), field);
         }
         return QFileInfo(path).isDir() || refuse(missing, field);
