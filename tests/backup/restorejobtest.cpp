@@ -158,6 +158,7 @@ private slots:
                 QVERIFY(::chmod(QFile::encodeName(app_ + "/" + kKept + "11/SQLDATA/FBT").constData(), 0555) == 0);
             }
             RestoreJob job(nullptr, *prompter_, progress_);
+            prompter_->then(Prompter::Answer::Yes); // no data folder: go on with the databases
             QVERIFY(job.proceed(manualChoice(source, QString())));
             QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
             folders << QFileInfo(job.keepingFolder()).fileName();
