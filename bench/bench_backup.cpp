@@ -3,6 +3,7 @@
 // folder, a mariadb --batch export of every table, zip -qr -6 of the result.
 //   bench_backup [MB]                          a private server in a temporary folder (default 50 MB)
 //   CORVANE_BENCH_SOCKET=PATH bench_backup [MB]   a running server (user root)
+#include "components/zip/zipcomponent.h"
 #include "core/modbase.h"
 #include "core/progress.h"
 #include "core/prompter.h"
@@ -67,7 +68,7 @@ bool run(const QString& program, const QStringList& args, const QString& outputF
 }
 
 // The same work with the standard tools, one after another.
-double standardTools(const QString& dataDir, const QString& socket, const QString& work)
+double standardTools(const QString& dataDir, const QString& socket, const QString& work, QString& steps)
 {
     const QString staging = work + QStringLiteral("/tools/FBTstaging");
     QDir().mkpath(staging + QStringLiteral("/SQLDATA"));
@@ -76,6 +77,7 @@ double standardTools(const QString& dataDir, const QString& socket, const QStrin
     clock.start();
     if (!run(QStringLiteral("cp"), {QStringLiteral("-r"), dataDir + QLatin1Char('/') + kDatabase, staging + QStringLiteral("/SQLDATA/")}))
         return -1;
+    const qint64 copied = clock.elapsed();
     for (int t = 0; t < kTables; ++t) {
         const QString table = QStringLiteral("bench_%1").arg(t);
         if (!run(QStringLiteral("mariadb"),
@@ -84,13 +86,46 @@ double standardTools(const QString& dataDir, const QString& socket, const QStrin
                  staging + QStringLiteral("/Tables/") + table))
             return -1;
     }
+    const qint64 exported = clock.elapsed();
     QProcess zip;
     zip.setWorkingDirectory(work + QStringLiteral("/tools"));
     zip.start(QStringLiteral("zip"), {QStringLiteral("-qr"), QStringLiteral("-6"), QStringLiteral("tools.zip"), QStringLiteral("FBTstaging")});
     if (!zip.waitForFinished(-1) || zip.exitCode() != 0)
         return -1;
-    return double(clock.elapsed()) / 1000.0;
+    const qint64 zipped = clock.elapsed();
+    steps = QStringLiteral("  cp -r                 : %1 s\n  mariadb --batch       : %2 s\n  zip -qr -6            : %3 s\n")
+                .arg(double(copied) / 1000.0, 0, 'f', 2)
+                .arg(double(exported - copied) / 1000.0, 0, 'f', 2)
+                .arg(double(zipped - exported) / 1000.0, 0, 'f', 2);
+    return double(zipped) / 1000.0;
 }
+
+// Notes when each phase of the backup starts.
+class PhaseProgress : public Progress {
+public:
+    PhaseProgress() { clock_.start(); }
+    void setRange(int, int) override {}
+    void setValue(int) override {}
+    void setText(const QString& text) override
+    {
+        const QString phase = text.section(QLatin1Char(' '), 0, 1);
+        if (phases_.isEmpty() || phases_.last().first != phase)
+            phases_.append({phase, clock_.elapsed()});
+    }
+    QString report(qint64 total) const
+    {
+        QString out;
+        for (int i = 0; i < phases_.size(); ++i) {
+            const qint64 end = i + 1 < phases_.size() ? phases_.at(i + 1).second : total;
+            out += QStringLiteral("  %1: %2 s\n").arg(phases_.at(i).first, -22).arg(double(end - phases_.at(i).second) / 1000.0, 0, 'f', 2);
+        }
+        return out;
+    }
+
+private:
+    QElapsedTimer clock_;
+    QList<QPair<QString, qint64>> phases_;
+};
 
 } // namespace
 
@@ -127,10 +162,12 @@ int main(int argc, char** argv)
         if (dataDir.endsWith(QLatin1Char('/')))
             dataDir.chop(1);
 
-        const double tools = standardTools(dataDir, settings.socket, dir.path());
+        QString toolSteps;
+        const double tools = standardTools(dataDir, settings.socket, dir.path(), toolSteps);
         if (tools < 0)
             throw std::runtime_error("the standard tools failed");
 
+        registerZipComponent();
         Modbase& m = modbase();
         m.AppPath = dir.filePath(QStringLiteral("app"));
         QDir().mkpath(m.AppPath);
@@ -140,7 +177,7 @@ int main(int argc, char** argv)
         m.prompter = prompter;
         const QString dest = dir.filePath(QStringLiteral("ours"));
         QDir().mkpath(dest);
-        NullProgress progress;
+        PhaseProgress progress;
         backup::BackupJob job(*connection, *prompter, progress);
         QElapsedTimer clock;
         clock.start();
@@ -154,7 +191,9 @@ int main(int argc, char** argv)
         const qint64 ourZip = QFileInfo(job.archivePath()).size();
         const qint64 toolsZip = QFileInfo(dir.path() + QStringLiteral("/tools/tools.zip")).size();
         out << QStringLiteral("standard tools: %1 s (archive %2 MB)\n").arg(tools, 0, 'f', 2).arg(double(toolsZip) / 1048576.0, 0, 'f', 1)
+            << toolSteps
             << QStringLiteral("backup:         %1 s (archive %2 MB)\n").arg(ours, 0, 'f', 2).arg(double(ourZip) / 1048576.0, 0, 'f', 1)
+            << progress.report(qint64(ours * 1000.0))
             << QStringLiteral("ratio:          %1 (backup / tools; at most 1.0 wanted)\n").arg(ours / tools, 0, 'f', 2)
             << QStringLiteral("peak memory:    %1 MB (this process; under 200 MB wanted)\n").arg(double(usage.ru_maxrss) / 1024.0, 0, 'f', 1)
             << Qt::flush;

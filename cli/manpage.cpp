@@ -23,10 +23,10 @@ QString verbatim(const QString& text)
 {
     QString out = QStringLiteral(".nf\n");
     for (const QString& line : text.split(QLatin1Char('\n'))) {
-        out += line.isEmpty() ? QStringLiteral(".sp 0\n") : roffLine(line) + QLatin1Char('\n');
+        out += line.isEmpty() ? QStringLiteral(".sp\n") : roffLine(line) + QLatin1Char('\n');
     }
-    while (out.endsWith(QStringLiteral(".sp 0\n")))
-        out.chop(6);
+    while (out.endsWith(QStringLiteral(".sp\n")))
+        out.chop(4);
     return out + QStringLiteral(".fi\n");
 }
 

@@ -24,6 +24,8 @@ install(FILES ${CMAKE_BINARY_DIR}/packaging/corvane.1.gz DESTINATION usr/share/m
 install(FILES ${CMAKE_BINARY_DIR}/packaging/corvane.bash-completion DESTINATION usr/share/bash-completion/completions
     RENAME corvane)
 install(FILES ${CMAKE_SOURCE_DIR}/cmake/copyright DESTINATION usr/share/doc/fbt)
+# An add-on package from outside the distribution: /opt is its place.
+install(FILES ${CMAKE_SOURCE_DIR}/cmake/lintian-overrides DESTINATION usr/share/lintian/overrides RENAME fbt)
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/packaging/changelog)
 add_custom_command(OUTPUT ${CMAKE_BINARY_DIR}/packaging/changelog.gz
     COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog > ${CMAKE_BINARY_DIR}/packaging/changelog.gz
@@ -39,9 +41,10 @@ set(CPACK_PACKAGE_NAME fbt)
 set(CPACK_PACKAGE_VENDOR "ORV Softworks")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Fringe Benefit Tax returns for the clients of a practice")
-set(CPACK_PACKAGE_DESCRIPTION "FBT and its component Corvane: client master, bank master, additional information
-of the returns, return register, client details report, backup, restoration, check and repair of the tables,
-and the corvane command for the same services without a screen.")
+set(CPACK_PACKAGE_DESCRIPTION "FBT and its component Corvane: client master, bank master, additional
+information of the returns, return register, client details report, backup,
+restoration, check and repair of the tables, and the corvane command for the
+same services without a screen.")
 set(CPACK_PACKAGING_INSTALL_PREFIX "/")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "ORV Softworks <support@orv-softworks.invalid>")

@@ -15,6 +15,7 @@
 #include "screens/backup/frmbackup.h"
 #include "screens/backup/frmrestoration.h"
 #include "screens/bank/frmbankdet1.h"
+#include "screens/cldet/frmcldet.h"
 
 #include <QComboBox>
 #include <QListWidget>
@@ -123,7 +124,17 @@ void ClsMain::ShowBankMas()
 }
 
 // The screens arrive one by one; until a screen exists its member returns at once.
-void ClsMain::ShowClDet() {}
+void ClsMain::ShowClDet()
+{
+    static QPointer<frmcldet> instance;
+    auto guard = silentGuard();
+    guard([] {
+        if (!instance)
+            instance = new frmcldet;
+        instance->exec();
+        delete instance;
+    });
+}
 void ClsMain::ShowReturn() {}
 
 QString ClsMain::vTmpPath() const { return modbase().vTmpPath; }

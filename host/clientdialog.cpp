@@ -6,7 +6,7 @@
 
 #include "component/clsmain.h"
 #include "core/prompter.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/failuretext.h"
 
 #include <QAbstractButton>

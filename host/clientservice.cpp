@@ -3,9 +3,14 @@
 #include "component/clsmain.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
+#include "host/clientlistmodel.h"
+#include "core/clientstatus.h"
 #include "host/failuretext.h"
 
+#include <QHash>
 #include <QRegularExpression>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QStringList>
 #include <algorithm>
 
@@ -102,6 +107,27 @@ QList<ClientRecord> ClientService::list() const
     QList<ClientRecord> clients;
     for (const auto& row : connection().query(QStringLiteral("Select %1 from FBT_Info order by Code_No").arg(kColumns)).rows)
         clients << fromRow(row);
+    return clients;
+}
+
+QVector<ClientListEntry> ClientService::listing() const
+{
+    // Read row by row into the list: a practice may have a hundred thousand clients.
+    QSqlQuery q(connection().database());
+    q.setForwardOnly(true);
+    if (!q.exec(QStringLiteral("Select Code_No, Name, PAN, ClStatus, City from FBT_Info order by Code_No")))
+        throw Connection::failureFrom(q.lastError(), QStringLiteral("MySQL"));
+    QVector<ClientListEntry> clients;
+    if (q.size() > 0)
+        clients.reserve(q.size());
+    QHash<int, QString> statuses; // one shared text per status
+    while (q.next()) {
+        const int status = q.value(3).toInt();
+        auto name = statuses.constFind(status);
+        if (name == statuses.constEnd())
+            name = statuses.insert(status, clientStatusName(status));
+        clients.push_back({q.value(0).toString(), q.value(1).toString(), q.value(2).toString(), *name, q.value(4).toString()});
+    }
     return clients;
 }
 

@@ -11,6 +11,8 @@ class Connection;
 
 namespace corvane::host {
 
+struct ClientListEntry;
+
 // One row of FBT_Info.
 struct ClientRecord {
     QString code;
@@ -58,6 +60,8 @@ public:
 
     // Every client, by code.
     QList<ClientRecord> list() const;
+    // Every client by code, with only what the client list shows.
+    QVector<ClientListEntry> listing() const;
     std::optional<ClientRecord> load(const QString& code) const;
     QList<Nature> natures() const;
 

@@ -17,5 +17,15 @@ QString file();
 // Throws Failure when the file cannot be written.
 void save(const ConnectionSettings& settings);
 
+// The folder whose "ORVCONFIG.INI" every user of the machine reads once it exists.
+inline const QString kMachineFolder = QStringLiteral("/etc/orv-softworks");
+
+// Whether this user may write the settings of every user (the folder, or /etc to make it).
+bool canSaveForEveryUser(const QString& machineFolder = kMachineFolder);
+
+// Writes the section into the machine's file, readable by every user of the
+// machine (who all need the server's address and account).
+void saveForEveryUser(const ConnectionSettings& settings, const QString& machineFolder = kMachineFolder);
+
 } // namespace connectionconfig
 } // namespace corvane::host

@@ -14,16 +14,21 @@
 
 namespace corvane::host {
 
-ConnectionDialog::ConnectionDialog(const ConnectionSettings& current, Tester tester, const QString& reason, QWidget* parent)
+ConnectionDialog::ConnectionDialog(const ConnectionSettings& current, Tester tester, const QString& reason, QWidget* parent,
+                                   const QString& machineFolder)
     : QDialog(parent)
     , ui(new Ui::frmconnect)
     , tester_(std::move(tester))
+    , machineFolder_(machineFolder)
 {
     ui->setupUi(this);
     ui->txtport->setValidator(new QIntValidator(1, 65535, ui->txtport));
     ui->lblreason->setVisible(!reason.isEmpty());
     ui->lblreason->setText(QStringLiteral("The last attempt failed: %1").arg(reason));
     ui->lblfile->setText(QStringLiteral("Kept in %1, readable by you only.").arg(connectionconfig::file()));
+    ui->chkeveryuser->setVisible(connectionconfig::canSaveForEveryUser(machineFolder_));
+    ui->chkeveryuser->setText(QStringLiteral("For every &user of this machine (%1/ORVCONFIG.INI, readable by all of them)")
+                                  .arg(machineFolder_));
 
     ui->optprivate->setChecked(current.privateServer);
     ui->optserver->setChecked(!current.privateServer);
@@ -88,7 +93,13 @@ void ConnectionDialog::cmdok_Click()
             ui->txtserver->setFocus();
         return;
     }
-    const QString failed = failureText([&] { connectionconfig::save(s); });
+    const bool everyUser = ui->chkeveryuser->isVisible() && ui->chkeveryuser->isChecked();
+    const QString failed = failureText([&] {
+        if (everyUser)
+            connectionconfig::saveForEveryUser(s, machineFolder_);
+        else
+            connectionconfig::save(s);
+    });
     if (!failed.isEmpty()) {
         prompter().inform(QStringLiteral("The settings could not be kept:\n\n%1").arg(failed), Prompter::Icon::Critical);
         return;

@@ -20,7 +20,9 @@ public:
     // Tries the settings: empty text when a connection works, else why not.
     using Tester = std::function<QString(const ConnectionSettings&)>;
 
-    ConnectionDialog(const ConnectionSettings& current, Tester tester, const QString& reason, QWidget* parent = nullptr);
+    // machineFolder: where the settings of every user of the machine live.
+    ConnectionDialog(const ConnectionSettings& current, Tester tester, const QString& reason, QWidget* parent = nullptr,
+                     const QString& machineFolder = QStringLiteral("/etc/orv-softworks"));
     ~ConnectionDialog() override;
 
     ConnectionSettings settings() const;
@@ -35,6 +37,7 @@ private slots:
 private:
     Ui::frmconnect* ui;
     Tester tester_;
+    QString machineFolder_;
 };
 
 } // namespace corvane::host

@@ -4,22 +4,28 @@
 
 #include "component/clsmain.h"
 #include "core/prompter.h"
+#include "ui/screenscaling.h"
+#include "host/aboutfbt.h"
 #include "host/assessmentyears.h"
+#include "host/clientlistmodel.h"
 #include "host/clientdialog.h"
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 #include "host/connectiondialog.h"
 #include "host/failuretext.h"
 #include "host/hostsession.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScopedValueRollback>
 
 namespace corvane::host {
 
 namespace {
-
-enum Column { ColCode, ColName, ColPan, ColStatus, ColCity };
 
 bool needsClient(MainWindow::Member member)
 {
@@ -34,8 +40,11 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     , cls_(cls)
     , session_(session)
     , clients_(cls)
+    , model_(new ClientListModel(this))
+    , search_(new ClientSearchModel(model_, this))
 {
     ui->setupUi(this);
+    ui->lstclients->setModel(search_);
     invoker_ = [this](Member member) -> qint16 {
         switch (member) {
         case Member::ShowBankMas: cls_.ShowBankMas(); break;
@@ -51,10 +60,14 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     };
     runner_ = [](QDialog& dialog) { return dialog.exec(); };
 
+    // Sized from the rows in sight: measuring every row of a large practice takes seconds.
     QHeaderView* header = ui->lstclients->horizontalHeader();
-    header->setSectionResizeMode(QHeaderView::ResizeToContents);
-    header->setSectionResizeMode(ColName, QHeaderView::Stretch);
-    ui->lstclients->verticalHeader()->setDefaultSectionSize(ui->lstclients->fontMetrics().height() + 8);
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    header->setSectionResizeMode(ClientListModel::Name, QHeaderView::Stretch);
+    header->setResizeContentsPrecision(200);
+    QHeaderView* rows = ui->lstclients->verticalHeader();
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->setDefaultSectionSize(ui->lstclients->fontMetrics().height() + 8);
     ui->txtsearch->installEventFilter(this);
 
     lblclient_ = new QLabel(this);
@@ -92,12 +105,23 @@ MainWindow::MainWindow(ClsMain& cls, HostSession& session, QWidget* parent)
     ui->lstclients->addAction(ui->mnudeleteclient);
     connect(ui->txtsearch, &QLineEdit::textChanged, this, &MainWindow::txtsearch_Change);
     connect(ui->txtsearch, &QLineEdit::returnPressed, this, &MainWindow::txtsearch_KeyPress);
-    connect(ui->lstclients, &QTableWidget::itemSelectionChanged, this, &MainWindow::lstclients_SelChange);
-    connect(ui->lstclients, &QTableWidget::activated, this, [this] { call(Member::ShowAddInfo); });
+    connect(ui->lstclients->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::lstclients_SelChange);
+    connect(ui->lstclients, &QAbstractItemView::activated, this, [this] { call(Member::ShowAddInfo); });
     connect(ui->cboyear, &QComboBox::currentIndexChanged, this, &MainWindow::cboyear_Click);
+
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->setObjectName(QStringLiteral("mnuhelp"));
+    QAction* about = help->addAction(QStringLiteral("&About FBT"), this, &MainWindow::mnuabout_Click);
+    about->setObjectName(QStringLiteral("mnuabout"));
+    keepOnScreenWhenShown(this);
 
     reload();
     ui->txtsearch->setFocus();
+}
+
+void MainWindow::mnuabout_Click()
+{
+    prompter().inform(aboutText(session_), Prompter::Icon::Information, QStringLiteral("About FBT"));
 }
 
 MainWindow::~MainWindow()
@@ -105,13 +129,15 @@ MainWindow::~MainWindow()
     delete ui;
 }
 
-QString MainWindow::currentCode() const
+int MainWindow::selectedRow() const
 {
     const auto selected = ui->lstclients->selectionModel()->selectedRows();
-    if (selected.isEmpty())
-        return QString();
-    const QTableWidgetItem* item = ui->lstclients->item(selected.first().row(), ColCode);
-    return item ? item->text() : QString();
+    return selected.isEmpty() ? -1 : selected.first().row();
+}
+
+QString MainWindow::currentCode() const
+{
+    return search_->codeAt(selectedRow());
 }
 
 int MainWindow::currentYear() const
@@ -137,69 +163,60 @@ void MainWindow::reload()
 
 void MainWindow::loadClients(const QString& select)
 {
-    QList<ClientRecord> clients;
-    const QString reason = failureText([&] { clients = clients_.list(); }, QStringLiteral("LOADCLIENTS"));
+    QVector<ClientListEntry> clients;
+    const QString reason = failureText([&] { clients = clients_.listing(); }, QStringLiteral("LOADCLIENTS"));
     if (!reason.isEmpty())
         prompter().inform(QStringLiteral("The clients could not be read:\n\n%1").arg(reason), Prompter::Icon::Exclamation);
     {
-        const QSignalBlocker block(ui->lstclients);
-        QTableWidget* list = ui->lstclients;
-        list->clearContents();
-        list->setRowCount(int(clients.size()));
-        for (int row = 0; row < clients.size(); ++row) {
-            const ClientRecord& c = clients.at(row);
-            const QStringList cells{c.code, c.name, c.pan, clientStatusName(c.status), c.city};
-            for (int col = 0; col < cells.size(); ++col)
-                list->setItem(row, col, new QTableWidgetItem(cells.at(col)));
-        }
+        const QScopedValueRollback quiet(quietSelection_, true);
+        model_->setClients(std::move(clients));
+        search_->setSearch(ui->txtsearch->text());
+        ui->lstclients->resizeColumnsToContents();
     }
-    txtsearch_Change(ui->txtsearch->text());
     selectCode(select);
     if (currentCode().isEmpty())
         selectFirstVisible();
     lstclients_SelChange();
 }
 
+void MainWindow::selectRow(int row)
+{
+    QTableView* list = ui->lstclients;
+    if (row < 0 || row >= search_->rowCount()) {
+        list->clearSelection();
+        return;
+    }
+    const QModelIndex index = search_->index(row, ClientListModel::Code);
+    list->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    list->scrollTo(index);
+}
+
 void MainWindow::selectCode(const QString& code)
 {
-    QTableWidget* list = ui->lstclients;
-    for (int row = 0; row < list->rowCount(); ++row) {
-        if (!list->isRowHidden(row) && list->item(row, ColCode)->text().compare(code, Qt::CaseInsensitive) == 0) {
-            list->setCurrentCell(row, ColCode);
-            list->selectRow(row);
-            list->scrollToItem(list->item(row, ColCode));
-            return;
-        }
-    }
+    const int row = search_->rowOfCode(code);
+    if (row >= 0)
+        selectRow(row);
 }
 
 void MainWindow::selectFirstVisible()
 {
-    QTableWidget* list = ui->lstclients;
-    for (int row = 0; row < list->rowCount(); ++row) {
-        if (!list->isRowHidden(row)) {
-            list->setCurrentCell(row, ColCode);
-            list->selectRow(row);
-            list->scrollToItem(list->item(row, ColCode));
-            return;
-        }
-    }
-    list->clearSelection();
+    selectRow(0);
 }
 
 void MainWindow::txtsearch_Change(const QString& text)
 {
-    // A client is found by the start of its code or by any part of its name.
-    const QString t = text.trimmed();
-    QTableWidget* list = ui->lstclients;
-    for (int row = 0; row < list->rowCount(); ++row) {
-        const bool match = t.isEmpty() || list->item(row, ColCode)->text().startsWith(t, Qt::CaseInsensitive)
-            || list->item(row, ColName)->text().contains(t, Qt::CaseInsensitive);
-        list->setRowHidden(row, !match);
+    // A client is found by the start of its code or by any part of its name;
+    // the chosen client stays chosen while the search still finds it.
+    const QString keep = currentCode();
+    {
+        const QScopedValueRollback quiet(quietSelection_, true);
+        search_->setSearch(text);
+        selectCode(keep);
+        if (currentCode().isEmpty())
+            selectFirstVisible();
     }
-    const auto selected = list->selectionModel()->selectedRows();
-    if (selected.isEmpty() || list->isRowHidden(selected.first().row()))
-        selectFirstVisible();
+    if (currentCode() != keep)
+        lstclients_SelChange();
 }
 
 void MainWindow::txtsearch_KeyPress()
@@ -223,6 +240,8 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
 
 void MainWindow::lstclients_SelChange()
 {
+    if (quietSelection_)
+        return;
     cls_.setCode(currentCode());
     showContext();
 }
@@ -246,13 +265,15 @@ void MainWindow::showContext()
     if (code.isEmpty()) {
         lblclient_->setText(QStringLiteral("No client chosen"));
     } else {
-        const auto selected = ui->lstclients->selectionModel()->selectedRows();
-        lblclient_->setText(QStringLiteral("Client: %1  %2").arg(code, ui->lstclients->item(selected.first().row(), ColName)->text()));
+        lblclient_->setText(QStringLiteral("Client: %1  %2").arg(code, search_->nameAt(selectedRow())));
     }
     lblyear_->setText(QStringLiteral("Assessment Year: %1").arg(assessmentYearLabel(currentYear())));
     const ConnectionSettings& s = session_.settings();
-    lbldatabase_->setText(s.privateServer ? QStringLiteral("Database %1 (private server)").arg(s.database)
-                                          : QStringLiteral("Database %1 on %2").arg(s.database, s.server.isEmpty() ? s.socket : s.server));
+    // A socket's path can be long: the status bar names it, Help → About FBT and the tip show it.
+    lbldatabase_->setText(s.privateServer       ? QStringLiteral("Database %1 (private server)").arg(s.database)
+                          : s.server.isEmpty() ? QStringLiteral("Database %1 on the local server").arg(s.database)
+                                               : QStringLiteral("Database %1 on %2").arg(s.database, s.server));
+    lbldatabase_->setToolTip(s.describe());
 }
 
 void MainWindow::call(Member member)
@@ -307,7 +328,7 @@ void MainWindow::mnudeleteclient_Click()
         prompter().inform(QStringLiteral("Choose a client first."), Prompter::Icon::Information);
         return;
     }
-    if (!ClientDialog::confirmDelete(code, ui->lstclients->item(ui->lstclients->currentRow(), ColName)->text()))
+    if (!ClientDialog::confirmDelete(code, search_->nameAt(selectedRow())))
         return;
     const ClientOutcome outcome = clients_.remove(code);
     if (!outcome.ok)

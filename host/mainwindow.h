@@ -18,6 +18,8 @@ class ClsMain;
 
 namespace corvane::host {
 
+class ClientListModel;
+class ClientSearchModel;
 class HostSession;
 
 // The window a practice starts every morning: the clients, the year, and
@@ -56,6 +58,7 @@ private slots:
     void mnueditclient_Click();
     void mnudeleteclient_Click();
     void mnuconnection_Click();
+    void mnuabout_Click();
     void txtsearch_Change(const QString& text);
     void txtsearch_KeyPress();
     void lstclients_SelChange();
@@ -66,12 +69,17 @@ private:
     void loadClients(const QString& select);
     void selectCode(const QString& code);
     void selectFirstVisible();
+    void selectRow(int row);
+    int selectedRow() const;
     void showContext();
 
     Ui::frmmain* ui;
     ClsMain& cls_;
     HostSession& session_;
     ClientService clients_;
+    ClientListModel* model_;
+    ClientSearchModel* search_;
+    bool quietSelection_ = false; // while the list is refilled
     Invoker invoker_;
     DialogRunner runner_;
     QLabel* lblclient_;

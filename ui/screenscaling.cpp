@@ -24,6 +24,8 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
+#include <QShowEvent>
+#include <QWindow>
 
 namespace corvane {
 
@@ -280,22 +282,107 @@ QString controlTypeName(const QWidget* control)
     return QString::fromLatin1(control->metaObject()->className()).toUpper();
 }
 
-// Our forms are laid out with the desktop's font, which is larger than the one
-// the ratios were made for: a form scaled past the screen shrinks its fonts
-// until its layout fits the room the screen offers.
 namespace {
 
-// The room a form's content asks for: its layout, or the controls it places
-// itself, each at its place with the size it would like.
-QSize requiredSize(const QWidget* form)
+ScreenRoomSource& roomSource()
 {
-    QSize need = form->layout() ? form->minimumSizeHint() : QSize(0, 0);
+    static ScreenRoomSource source;
+    return source;
+}
+
+QMargins frameMargins(const QWidget* w)
+{
+    const QRect f = w->frameGeometry();
+    const QRect g = w->geometry();
+    return {g.left() - f.left(), g.top() - f.top(), f.right() - g.right(), f.bottom() - g.bottom()};
+}
+
+bool isPlainWindow(const QWidget* w)
+{
+    const Qt::WindowType type = w->windowType();
+    return type == Qt::Window || type == Qt::Dialog;
+}
+
+// The window manager's frame is known once a window has one; until a window
+// is shown, one of the common size is assumed.
+QMargins expectedFrame(const QWidget* window)
+{
+    if (window && window->isVisible() && !frameMargins(window).isNull())
+        return frameMargins(window);
+    bool known = false;
+    QMargins frame;
+    const auto tops = QApplication::topLevelWidgets();
+    for (const QWidget* top : tops) {
+        if (top == window || !top->isVisible() || !isPlainWindow(top))
+            continue;
+        const QMargins m = frameMargins(top);
+        frame = QMargins(qMax(frame.left(), m.left()), qMax(frame.top(), m.top()), qMax(frame.right(), m.right()),
+                         qMax(frame.bottom(), m.bottom()));
+        known = true;
+    }
+    if (!known && QGuiApplication::platformName() != QLatin1String("offscreen"))
+        frame = QMargins(8, 32, 8, 8);
+    return frame;
+}
+
+ScreenRoom realRoom(const QWidget* window)
+{
+    ScreenRoom room;
+    const QScreen* screen = window && window->screen() ? window->screen() : QGuiApplication::primaryScreen();
+    if (screen)
+        room.available = screen->availableGeometry();
+    room.frame = expectedFrame(window);
+    return room;
+}
+
+QRect innerRoom(const QWidget* window)
+{
+    const ScreenRoom room = screenRoom(window);
+    return room.available.marginsRemoved(room.frame);
+}
+
+// Every layout keeps the sizes it measured, also in its nested layouts.
+void forgetMeasures(QLayoutItem* item)
+{
+    item->invalidate();
+    if (QLayout* layout = item->layout())
+        for (int i = 0; i < layout->count(); ++i)
+            forgetMeasures(layout->itemAt(i));
+}
+
+// A form not yet shown keeps the sizes its layouts measured before its fonts
+// changed: measure afresh.
+void forgetMeasures(QWidget* form)
+{
+    const auto widgets = form->findChildren<QWidget*>();
+    for (QWidget* w : widgets) {
+        w->updateGeometry();
+        if (w->layout())
+            forgetMeasures(w->layout());
+    }
+    if (form->layout())
+        forgetMeasures(form->layout());
+}
+
+enum class Measure { Least, Preferred };
+
+// The room a form's content asks for: its layout, or the controls it places
+// itself, each at its place with the least or the preferred size.
+QSize requiredSize(QWidget* form, Measure measure)
+{
+    forgetMeasures(form);
+    QSize need;
+    if (form->layout())
+        need = measure == Measure::Least ? form->minimumSizeHint() : form->sizeHint().expandedTo(form->minimumSizeHint());
+    need = need.expandedTo(QSize(0, 0));
     for (QObject* object : form->children()) {
         const auto* w = qobject_cast<const QWidget*>(object);
         if (!w || w->isWindow() || w->isHidden() || inLayout(w))
             continue;
-        const QSize hint = w->sizeHint().expandedTo(w->minimumSizeHint());
-        need = need.expandedTo(QSize(qMax(0, w->x()) + hint.width(), qMax(0, w->y()) + hint.height()));
+        QSize size = w->minimumSizeHint().expandedTo(w->minimumSize());
+        if (measure == Measure::Preferred)
+            size = size.expandedTo(w->sizeHint());
+        need = need.expandedTo(QSize(qMax(0, w->x()) + size.width(), qMax(0, w->y()) + size.height()));
     }
     return need;
 }
@@ -306,23 +393,116 @@ Ratios contextRatios()
     return {m.vScreenRatX, m.vScreenRatY, m.vScreenRatFS};
 }
 
-// Our forms are laid out with the desktop's font, larger than the one the
-// ratios were made for: never stretch a form past the room its screen offers.
-Ratios ratiosFor(const QWidget* form)
+double fontSizeOf(const QFont& font)
+{
+    return font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize();
+}
+
+// The ratios are made for screens laid out at 800 x 600, but our forms are
+// laid out with the desktop's font, which already suits the desktop's screen.
+// So the ratios shrink together until the form's text is no larger than the
+// desktop's and its layout fits the room its screen offers; the form keeps
+// its proportions.
+Ratios ratiosFor(QWidget* form)
 {
     Ratios r = contextRatios();
-    const QScreen* screen = form->screen();
-    const QSize need = requiredSize(form);
-    if (!screen || need.isEmpty())
-        return r;
-    const QSize room = screen->availableGeometry().size() * 0.92;
-    const double cut = std::min({1.0, room.width() / (need.width() * r.x), room.height() / (need.height() * r.y)});
+    double cut = 1.0;
+    const double desktop = fontSizeOf(QApplication::font());
+    const double own = fontSizeOf(form->font());
+    if (r.font > 0 && desktop > 0 && own > 0)
+        cut = std::min(cut, desktop / (own * r.font));
+    const QSize room = innerRoom(form).size();
+    const QSize need = requiredSize(form, Measure::Least);
+    if (!room.isEmpty() && !need.isEmpty() && r.x > 0 && r.y > 0)
+        cut = std::min({cut, room.width() / (need.width() * r.x), room.height() / (need.height() * r.y)});
     if (cut < 1.0)
         r = {r.x * cut, r.y * cut, r.font * cut};
     return r;
 }
 
+// Fonts do not shrink a layout in proportion (margins and check boxes keep
+// their size): a form still too large for its screen is shrunk again.
+void shrinkToRoom(QWidget* form, const QList<QWidget*>& controls, ResumeNext& guard)
+{
+    const QSize room = innerRoom(form).size();
+    for (int pass = 0; pass < 3 && !room.isEmpty(); ++pass) {
+        const QSize need = requiredSize(form, Measure::Least);
+        if (need.isEmpty() || (need.width() <= room.width() && need.height() <= room.height()))
+            return;
+        const double cut = 0.97 * std::min({1.0, double(room.width()) / need.width(), double(room.height()) / need.height()});
+        Scaler scaler(QList<QWidget*>{form} + controls, true, {cut, cut, cut});
+        guard([&] { scaler.scaleForm(form, false); });
+        for (QWidget* control : controls)
+            guard([&] { scaler.scaleControl(control); });
+    }
+}
+
+const QString kShowWatcher = QStringLiteral("keepOnScreen");
+
+class ShowWatcher : public QObject {
+public:
+    explicit ShowWatcher(QWidget* window) : QObject(window)
+    {
+        setObjectName(kShowWatcher);
+        window->installEventFilter(this);
+    }
+
+protected:
+    // Before the dialog's own placement: a window placed here keeps its place.
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show && watched == parent() && !static_cast<QShowEvent*>(event)->spontaneous())
+            keepOnScreen(static_cast<QWidget*>(watched));
+        return false;
+    }
+};
+
 } // namespace
+
+void setScreenRoomSource(ScreenRoomSource source)
+{
+    roomSource() = std::move(source);
+}
+
+ScreenRoom screenRoom(const QWidget* window)
+{
+    return roomSource() ? roomSource()(window) : realRoom(window);
+}
+
+QSize roomInsideFrame(const QWidget* window)
+{
+    return innerRoom(window).size();
+}
+
+void keepOnScreen(QWidget* window)
+{
+    if (!window || !window->isWindow() || window->isMaximized() || window->isFullScreen())
+        return;
+    const ScreenRoom room = screenRoom(window);
+    const QRect inner = room.available.marginsRemoved(room.frame);
+    if (inner.isEmpty())
+        return;
+    const QSize size = window->size().boundedTo(inner.size()).expandedTo(window->minimumSize().boundedTo(inner.size()));
+    if (size != window->size())
+        window->resize(size);
+    // pos() is where the frame starts. Over the middle of its parent, as
+    // dialogs open; a window placed already stays; a new one goes mid-screen.
+    QRect frame(window->pos(), size.grownBy(room.frame));
+    const QWidget* parent = window->parentWidget() ? window->parentWidget()->window() : nullptr;
+    if (parent && parent->isVisible())
+        frame.moveCenter(parent->geometry().center());
+    else if (!window->testAttribute(Qt::WA_Moved))
+        frame.moveCenter(room.available.center());
+    frame.moveLeft(qBound(room.available.left(), frame.left(), room.available.right() + 1 - frame.width()));
+    frame.moveTop(qBound(room.available.top(), frame.top(), room.available.bottom() + 1 - frame.height()));
+    window->move(frame.topLeft());
+}
+
+void keepOnScreenWhenShown(QWidget* window)
+{
+    if (window && !window->findChild<QObject*>(kShowWatcher, Qt::FindDirectChildrenOnly))
+        new ShowWatcher(window);
+}
 
 void Resize_For_Resolution(QWidget* form, bool rePosForm)
 {
@@ -341,6 +521,17 @@ void Resize_For_Resolution(QWidget* form, bool rePosForm)
     guard([&] { scaler.scaleForm(form, rePosForm); });
     for (QWidget* control : controls)
         guard([&] { scaler.scaleControl(control); });
+    shrinkToRoom(form, controls, guard);
+    guard([&] {
+        // The designed size, grown to what the content would like within the
+        // screen, never smaller than the content needs.
+        const QSize room = innerRoom(form).size();
+        QSize size = form->size().expandedTo(requiredSize(form, Measure::Preferred));
+        if (!room.isEmpty())
+            size = size.boundedTo(room);
+        form->resize(size.expandedTo(requiredSize(form, Measure::Least)));
+        keepOnScreenWhenShown(form);
+    });
 }
 
 void Resize_For_ResolutionUC(const QList<QWidget*>& controls)

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -88,10 +89,19 @@ void LookupDialog::refresh()
     lstrows_->setHorizontalHeaderLabels(lookup.headings);
     lstrows_->setRowCount(int(lookup.rows.size()));
     for (int r = 0; r < lookup.rows.size(); ++r)
-        for (int c = 0; c < lookup.rows.at(r).size(); ++c)
-            lstrows_->setItem(r, c, new QTableWidgetItem(lookup.rows.at(r).at(c)));
+        for (int c = 0; c < lookup.rows.at(r).size(); ++c) {
+            auto* item = new QTableWidgetItem(lookup.rows.at(r).at(c));
+            item->setToolTip(item->text()); // a cell cut short still tells all
+            lstrows_->setItem(r, c, item);
+        }
     if (!lookup.rows.isEmpty()) {
         lstrows_->resizeColumnsToContents();
+        // The first column is the one the user searches by (bank, city): long
+        // names and addresses must not push it out of sight.
+        const int room = qMax(lstrows_->viewport()->width(), width() - 40);
+        for (int c = 0; c < lstrows_->columnCount(); ++c)
+            lstrows_->setColumnWidth(c, qMin(lstrows_->columnWidth(c), room * (c == 0 ? 45 : 30) / 100));
+        lstrows_->horizontalScrollBar()->setValue(0);
         lstrows_->selectRow(0);
         lstrows_->setCurrentCell(0, 0);
     }

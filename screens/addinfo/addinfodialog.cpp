@@ -2,10 +2,14 @@
 
 #include "core/modbase.h"
 #include "core/resumenext.h"
+#include "ui/screenscaling.h"
 #include "screens/addinfo/aolookup.h"
 #include "screens/addinfo/bankdetails.h"
+#include "core/prompter.h"
+#include "screens/bank/clientcaption.h"
 #include "ui/keyrules.h"
 
+#include <QCloseEvent>
 #include <QPushButton>
 
 namespace corvane {
@@ -67,15 +71,52 @@ void AddInfoDialog::Form_KeyPress(int keyAscii)
 {
     ResumeNext guard(record_.formName(), QStringLiteral("FORM_KEYPRESS"));
     guard([&] {
-        if (keyAscii == 27 && SAVEDATA())
+        if (keyAscii == 27 && SAVEDATA()) {
+            closing_ = true;
             accept();
+        }
     });
+}
+
+void AddInfoDialog::finishLoad()
+{
+    setWindowTitle(clientCaption(windowTitle()));
+    takeValues();
+    loadedValues_ = record_.values;
+    loadedMisc_ = record_.misc;
+}
+
+bool AddInfoDialog::hasChanges()
+{
+    takeValues();
+    return !(record_.values == loadedValues_) || !(record_.misc == loadedMisc_);
+}
+
+void AddInfoDialog::closeEvent(QCloseEvent* event)
+{
+    if (!closing_ && isVisible() && hasChanges()) {
+        const Prompter::Answer answer = prompter().ask(QStringLiteral("Do you want to Save?"), Prompter::Buttons::YesNoCancel,
+                                                       Prompter::Icon::Question, Prompter::Answer::Yes);
+        // Yes saves as Escape does: a refused save keeps the form open.
+        bool saved = false;
+        if (answer == Prompter::Answer::Yes) {
+            ResumeNext guard(record_.formName(), QStringLiteral("FORM_QUERYUNLOAD"));
+            guard([&] { saved = SAVEDATA(); });
+        }
+        if (answer == Prompter::Answer::Cancel || (answer == Prompter::Answer::Yes && !saved)) {
+            event->ignore();
+            return;
+        }
+    }
+    closing_ = true;
+    QDialog::closeEvent(event);
 }
 
 void AddInfoDialog::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     Form_Resize();
+    keepOnScreen(this); // the frame may have grown on its way to the screen
 }
 
 void AddInfoDialog::resizeEvent(QResizeEvent* event)
@@ -91,8 +132,13 @@ void AddInfoDialog::Form_Resize()
     guard([&] {
         if (!frame1_ || !buttonBar_)
             return;
-        frame1_->resize(frame1_->sizeHint().expandedTo(frame1_->minimumSizeHint()));
         const int room = qRound(kButtonRoom * modbase().vScreenRatY);
+        // As large as the frame would like, as far as the screen allows.
+        QSize frame = frame1_->sizeHint();
+        const QSize screen = roomInsideFrame(this);
+        if (!screen.isEmpty())
+            frame = frame.boundedTo(QSize(screen.width(), screen.height() - room));
+        frame1_->resize(frame.expandedTo(frame1_->minimumSizeHint()));
         frame1_->move((width() - frame1_->width()) / 2, (height() - frame1_->height() - room) / 2);
         buttonBar_->resize(frame1_->width(), buttonBar_->sizeHint().height());
         buttonBar_->move(frame1_->x(), frame1_->geometry().bottom() + 1 + (room - buttonBar_->height()) / 2);

@@ -39,6 +39,17 @@ protected:
     // False when the save was refused and the form must stay open.
     virtual bool SAVEDATA() = 0;
     virtual void showAoCode(const std::array<QString, 4>& ao) = 0;
+    // Copies the controls into the record's values.
+    virtual void takeValues() = 0;
+
+    // Call at the end of loading: the title says whose data it is, and what
+    // the controls show now counts as unchanged.
+    void finishLoad();
+    // True when the controls differ from what was loaded.
+    bool hasChanges();
+
+    // The window's close button asks before anything typed is lost.
+    void closeEvent(QCloseEvent* event) override;
 
     void Form_Resize();
     void resizeEvent(QResizeEvent* event) override;
@@ -50,6 +61,9 @@ protected:
 private:
     QWidget* frame1_ = nullptr;
     QWidget* buttonBar_ = nullptr;
+    AddInfoValues loadedValues_;
+    MiscInfValues loadedMisc_;
+    bool closing_ = false;
 };
 
 } // namespace corvane

@@ -129,70 +129,75 @@ bool AddInfoRecord::READDATA(bool fromPrevious)
     bool found = false;
     Recordset rs;
     guard([&] { rs.open(selectStatement(fromPrevious), connection()); });
-    guard([&] {
-        if (!rs.isOpen() || rs.eof())
-            return;
-        found = true;
+    guard([&] { found = rs.isOpen() && !rs.eof(); });
+    if (found) {
         if (!fromPrevious)
             marker = QStringLiteral("1");
+        // Each field is its own statement: one failing read skips only that field.
         AddInfoValues& v = values;
-        readFlag(rs, "ChAdd", v.chAdd);
-        readText(rs, "Ward", v.ward);
-        readText(rs, "OldWard", v.oldWard);
-        const int section = int(valueOf(rs.text(QStringLiteral("Section"))));
-        v.section = section >= 1 && section <= kSections ? section : 0;
-        readFlag(rs, "RevRet", v.revRet);
-        readText(rs, "RevRecNo", v.revRecNo);
-        readText(rs, "RevRecDt", v.revRecDt);
-        const QString nob = rs.text(QStringLiteral("NOB"));
-        for (int i = 0; i < int(v.nob.size()); ++i)
-            v.nob[std::size_t(i)] = nob.contains(QString::number(i + 1));
-        readFlag(rs, "Ac44AA", v.ac44AA);
-        readFlag(rs, "Ac44AB", v.ac44AB);
-        readText(rs, "Dt44AB", v.dt44AB);
-        readFlag(rs, "Ac44ABC", v.ac44ABC);
-        readText(rs, "Dt44ABC", v.dt44ABC);
-        readFlag(rs, "PEIndia", v.peIndia);
-        readFlag(rs, "DtRel1", v.dtRel1);
-        readFlag(rs, "DtRel2", v.dtRel2);
-        readFlag(rs, "PEOut", v.peOut);
-        readFlag(rs, "EmpBoth", v.empBoth);
-        readFlag(rs, "SepBooks", v.sepBooks);
-        readNumber(rs, "IndiaEmp", v.indiaEmp);
-        readNumber(rs, "TotalEmp", v.totalEmp);
-        readText(rs, "AreaCd", v.areaCd);
-        readText(rs, "AoTyp", v.aoTyp);
-        readText(rs, "AoRng", v.aoRng);
-        readText(rs, "AoNo", v.aoNo);
-        readFlag(rs, "Calc115WJ", v.calc115WJ);
-        readNumber(rs, "Amt115WJ", v.amt115WJ);
-        readFlag(rs, "Calc115WK", v.calc115WK);
-        readNumber(rs, "Amt115WK", v.amt115WK);
-        readFlag(rs, "Calc115WJ5", v.calc115WJ5);
-        readNumber(rs, "Amt115WJ5", v.amt115WJ5);
-        const QString intDt = rs.text(QStringLiteral("IntDt"));
-        v.intUpto = !intDt.isEmpty();
-        if (intDt != QLatin1String("todate"))
-            v.intDt = intDt;
-    });
+        guard([&] { readFlag(rs, "ChAdd", v.chAdd); });
+        guard([&] { readText(rs, "Ward", v.ward); });
+        guard([&] { readText(rs, "OldWard", v.oldWard); });
+        guard([&] {
+            const int section = int(valueOf(rs.text(QStringLiteral("Section"))));
+            v.section = section >= 1 && section <= kSections ? section : 0;
+        });
+        guard([&] { readFlag(rs, "RevRet", v.revRet); });
+        guard([&] { readText(rs, "RevRecNo", v.revRecNo); });
+        guard([&] { readText(rs, "RevRecDt", v.revRecDt); });
+        guard([&] {
+            const QString nob = rs.text(QStringLiteral("NOB"));
+            for (int i = 0; i < int(v.nob.size()); ++i)
+                v.nob[std::size_t(i)] = nob.contains(QString::number(i + 1));
+        });
+        guard([&] { readFlag(rs, "Ac44AA", v.ac44AA); });
+        guard([&] { readFlag(rs, "Ac44AB", v.ac44AB); });
+        guard([&] { readText(rs, "Dt44AB", v.dt44AB); });
+        guard([&] { readFlag(rs, "Ac44ABC", v.ac44ABC); });
+        guard([&] { readText(rs, "Dt44ABC", v.dt44ABC); });
+        guard([&] { readFlag(rs, "PEIndia", v.peIndia); });
+        guard([&] { readFlag(rs, "DtRel1", v.dtRel1); });
+        guard([&] { readFlag(rs, "DtRel2", v.dtRel2); });
+        guard([&] { readFlag(rs, "PEOut", v.peOut); });
+        guard([&] { readFlag(rs, "EmpBoth", v.empBoth); });
+        guard([&] { readFlag(rs, "SepBooks", v.sepBooks); });
+        guard([&] { readNumber(rs, "IndiaEmp", v.indiaEmp); });
+        guard([&] { readNumber(rs, "TotalEmp", v.totalEmp); });
+        guard([&] { readText(rs, "AreaCd", v.areaCd); });
+        guard([&] { readText(rs, "AoTyp", v.aoTyp); });
+        guard([&] { readText(rs, "AoRng", v.aoRng); });
+        guard([&] { readText(rs, "AoNo", v.aoNo); });
+        guard([&] { readFlag(rs, "Calc115WJ", v.calc115WJ); });
+        guard([&] { readNumber(rs, "Amt115WJ", v.amt115WJ); });
+        guard([&] { readFlag(rs, "Calc115WK", v.calc115WK); });
+        guard([&] { readNumber(rs, "Amt115WK", v.amt115WK); });
+        guard([&] { readFlag(rs, "Calc115WJ5", v.calc115WJ5); });
+        guard([&] { readNumber(rs, "Amt115WJ5", v.amt115WJ5); });
+        guard([&] {
+            const QString intDt = rs.text(QStringLiteral("IntDt"));
+            v.intUpto = !intDt.isEmpty();
+            if (intDt != QLatin1String("todate"))
+                v.intDt = intDt;
+        });
+    }
     guard([&] { rs.close(); });
 
     if (edition_ == AddInfoEdition::Second) {
         guard([&] { rs.open(miscSelectStatement(fromPrevious), connection()); });
-        guard([&] {
-            if (!rs.isOpen() || rs.eof())
-                return;
+        bool miscFound = false;
+        guard([&] { miscFound = rs.isOpen() && !rs.eof(); });
+        if (miscFound) {
             MiscInfValues& m = misc;
-            readFlag(rs, "RepAss", m.repAss);
+            guard([&] { readFlag(rs, "RepAss", m.repAss); });
             for (int i = 0; i < MiscInfValues::kRepFields; ++i)
-                m.rep[std::size_t(i)] = rs.text(QStringLiteral("Var0_%1").arg(i));
-            readFlag(rs, "Opt44AA", m.opt44AA);
-            readFlag(rs, "Opt44AB", m.opt44AB);
+                guard([&] { m.rep[std::size_t(i)] = rs.text(QStringLiteral("Var0_%1").arg(i)); });
+            guard([&] { readFlag(rs, "Opt44AA", m.opt44AA); });
+            guard([&] { readFlag(rs, "Opt44AB", m.opt44AB); });
             for (int i = 0; i < MiscInfValues::kAuditorFields; ++i)
-                m.auditor[std::size_t(i)] = rs.text(QStringLiteral("Var1_%1").arg(i));
-            readFlag(rs, "Var2_0", m.nameChanged);
-            readText(rs, "Var2_1", m.oldName);
-        });
+                guard([&] { m.auditor[std::size_t(i)] = rs.text(QStringLiteral("Var1_%1").arg(i)); });
+            guard([&] { readFlag(rs, "Var2_0", m.nameChanged); });
+            guard([&] { readText(rs, "Var2_1", m.oldName); });
+        }
         guard([&] { rs.close(); });
     }
     return found;

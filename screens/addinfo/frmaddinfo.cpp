@@ -64,6 +64,7 @@ FrmAddInfo::FrmAddInfo(QWidget* parent)
     Form_Load();
     Form_Resize();
     resize(minimumSize());
+    finishLoad();
 }
 
 FrmAddInfo::~FrmAddInfo()

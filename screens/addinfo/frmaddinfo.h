@@ -41,11 +41,11 @@ protected:
     void READDATA(bool fromPrevious) override;
     bool SAVEDATA() override;
     void showAoCode(const std::array<QString, 4>& ao) override;
+    void takeValues() override;
 
 private:
     void Form_Load();
     void showValues();
-    void takeValues();
 
     std::unique_ptr<Ui::frmaddinfo> ui;
 };

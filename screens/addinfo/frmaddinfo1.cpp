@@ -131,6 +131,7 @@ FrmAddInfo1::FrmAddInfo1(QWidget* parent)
     Form_Load();
     Form_Resize();
     resize(minimumSize());
+    finishLoad();
 }
 
 FrmAddInfo1::~FrmAddInfo1()

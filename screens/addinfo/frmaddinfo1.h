@@ -52,11 +52,11 @@ protected:
     void READDATA(bool fromPrevious) override;
     bool SAVEDATA() override;
     void showAoCode(const std::array<QString, 4>& ao) override;
+    void takeValues() override;
 
 private:
     void Form_Load();
     void showValues();
-    void takeValues();
     // A PAN box refuses to be left with an invalid PAN.
     void checkPan(QLineEdit* box);
     void convertDate(QLineEdit* box);

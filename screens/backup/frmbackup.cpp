@@ -9,6 +9,7 @@
 #include "ui/screenkeys.h"
 #include "ui/screenscaling.h"
 #include "db/connection.h"
+#include "db/contextconnection.h"
 #include "screens/backup/backupjob.h"
 #include "screens/backup/barprogress.h"
 
@@ -52,11 +53,9 @@ void frmbackup::cmdok_Click()
     if (running_)
         return;
     ResumeNext guard(module(), QStringLiteral("CMDOK_CLICK"));
-    Connection* connection = modbase().CnnObj.get();
-    if (!connection) {
-        guard([] { throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set")); });
+    Connection* connection = nullptr;
+    if (!guard([&] { connection = &contextConnection(); }))
         return;
-    }
     BarProgress progress(ui->pb1, ui->lblcopying);
     backup::BackupJob job(*connection, prompter(), progress);
     job.started = [&] {

@@ -4,37 +4,12 @@
 #include "db/connection.h"
 #include "db/sqltext.h"
 
-#include <QDate>
-#include <QDateTime>
 #include <QFile>
-#include <QSqlField>
 #include <QStringList>
 
 namespace corvane::backup {
 
 namespace {
-
-bool isNumeric(const QSqlField& field)
-{
-    switch (field.metaType().id()) {
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Float:
-    case QMetaType::Double:
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-        return true;
-    default:
-        return false;
-    }
-}
 
 QString escaped(QString text)
 {
@@ -103,62 +78,70 @@ QString singleKeyColumn(Connection& connection, const QString& table)
 
 } // namespace
 
-QString exportValue(const QVariant& value, const QSqlField& field)
+QString exportExpression(const QString& column, const QString& type)
 {
-    if (value.isNull())
-        return isNumeric(field) ? QStringLiteral("0") : QString();
-    switch (value.metaType().id()) {
-    case QMetaType::QDate:
-        return value.toDate().toString(QStringLiteral("yyyy-MM-dd"));
-    case QMetaType::QDateTime:
-        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss AP"));
-    default:
-        return escaped(value.toString());
-    }
+    const QString name = sqlName(column);
+    const QString t = type.toLower();
+    static const QStringList numeric{"tinyint", "smallint", "mediumint", "int", "bigint", "float", "double",
+                                     "real", "decimal", "numeric"};
+    const QString base = t.section(QLatin1Char('('), 0, 0).section(QLatin1Char(' '), 0, 0);
+    if (numeric.contains(base))
+        return QStringLiteral("IFNULL(%1, 0)").arg(name);
+    if (base == QLatin1String("date"))
+        return QStringLiteral("IFNULL(DATE_FORMAT(%1, '%Y-%m-%d'), '')").arg(name);
+    if (base == QLatin1String("datetime") || base == QLatin1String("timestamp"))
+        return QStringLiteral("IFNULL(DATE_FORMAT(%1, '%Y-%m-%d %h:%i:%s %p'), '')").arg(name);
+    return QStringLiteral("IFNULL(REPLACE(REPLACE(REPLACE(REPLACE(%1, '\\\\', '\\\\\\\\'), '\\t', '\\\\t'), "
+                          "'\\n', '\\\\n'), '\\r', '\\\\r'), '')")
+        .arg(name);
 }
 
 qint64 exportTable(Connection& connection, const QString& table, const QString& filePath, int chunkRows)
 {
     const QString name = sqlName(table);
+    // The server turns each row into its line, so the rows cross as text and
+    // the formatting runs beside this process.
+    const auto columns = connection.query(QStringLiteral("SHOW COLUMNS FROM %1").arg(name));
+    QStringList names;
+    QStringList expressions;
+    for (const auto& column : columns.rows) {
+        names << escaped(column.value(0).toString());
+        expressions << exportExpression(column.value(0).toString(), column.value(1).toString());
+    }
+    const QString line = QStringLiteral("CONCAT_WS('\\t', %1)").arg(expressions.join(QStringLiteral(", ")));
     const QString key = singleKeyColumn(connection, table);
+
     ExportFile out(filePath);
     qint64 written = 0;
-    QVariant lastKey;
-    int keyIndex = -1;
-    for (bool first = true;; first = false) {
-        // Keyset paging along the primary key; without one, plain offsets.
-        QString sql = QStringLiteral("SELECT * FROM %1").arg(name);
-        if (!key.isEmpty()) {
-            if (!first)
-                sql += QStringLiteral(" WHERE %1 > %2").arg(sqlName(key), sqlLiteral(lastKey));
-            sql += QStringLiteral(" ORDER BY %1 LIMIT %2").arg(sqlName(key)).arg(chunkRows);
-        } else {
-            sql += QStringLiteral(" LIMIT %1 OFFSET %2").arg(chunkRows).arg(written);
-        }
-        const Connection::Result chunk = connection.query(sql);
-        const int columns = chunk.columns.count();
-        if (first) {
-            QStringList names;
-            for (int i = 0; i < columns; ++i)
-                names << escaped(chunk.columns.fieldName(i));
-            out.write(names.join(QLatin1Char('\t')));
+    // A table that cannot be read leaves no half-written export behind.
+    try {
+        out.write(names.join(QLatin1Char('\t')));
+        QVariant lastKey;
+        for (bool first = true;; first = false) {
+            // Keyset paging along the primary key; without one, plain offsets.
+            QString sql;
+            if (!key.isEmpty()) {
+                sql = QStringLiteral("SELECT %1, %2 FROM %3").arg(line, sqlName(key), name);
+                if (!first)
+                    sql += QStringLiteral(" WHERE %1 > %2").arg(sqlName(key), sqlLiteral(lastKey));
+                sql += QStringLiteral(" ORDER BY %1 LIMIT %2").arg(sqlName(key)).arg(chunkRows);
+            } else {
+                sql = QStringLiteral("SELECT %1 FROM %2 LIMIT %3 OFFSET %4").arg(line, name).arg(chunkRows).arg(written);
+            }
+            const Connection::Result chunk = connection.query(sql);
+            for (const auto& row : chunk.rows)
+                out.write(row.at(0).toString());
+            written += chunk.rows.size();
+            if (chunk.rows.size() < chunkRows)
+                break;
             if (!key.isEmpty())
-                keyIndex = chunk.columns.indexOf(key);
+                lastKey = chunk.rows.last().at(1);
         }
-        QStringList cells;
-        for (const auto& row : chunk.rows) {
-            cells.clear();
-            for (int i = 0; i < columns; ++i)
-                cells << exportValue(row.at(i), chunk.columns.field(i));
-            out.write(cells.join(QLatin1Char('\t')));
-        }
-        written += chunk.rows.size();
-        if (chunk.rows.size() < chunkRows)
-            break;
-        if (keyIndex >= 0)
-            lastKey = chunk.rows.last().at(keyIndex);
+        out.close();
+    } catch (...) {
+        QFile::remove(filePath);
+        throw;
     }
-    out.close();
     return written;
 }
 

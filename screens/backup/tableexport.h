@@ -1,9 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QVariant>
-
-class QSqlField;
 
 namespace corvane {
 class Connection;
@@ -19,7 +16,8 @@ namespace corvane::backup {
 // in memory whole. Throws Failure; returns the number of rows written.
 qint64 exportTable(Connection& connection, const QString& table, const QString& filePath, int chunkRows = 20000);
 
-// One cell by the rules above.
-QString exportValue(const QVariant& value, const QSqlField& field);
+// The SQL expression that gives one cell of a column of `type` (as SHOW
+// COLUMNS gives it) by the rules above.
+QString exportExpression(const QString& column, const QString& type);
 
 } // namespace corvane::backup

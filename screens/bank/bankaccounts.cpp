@@ -6,7 +6,7 @@
 #include "db/connection.h"
 #include "db/recordset.h"
 #include "db/sqltext.h"
-#include "screens/bank/bankconnection.h"
+#include "db/contextconnection.h"
 
 namespace corvane {
 
@@ -50,20 +50,27 @@ QVector<QStringList> BankAccounts::fetch(int year, ResumeNext& guard) const
     guard([&] {
         rs.open(QStringLiteral("select * from FBT_BankDet where code_no=") + sqlQuote(modbase().Code)
                     + QStringLiteral(" and Yr=") + QString::number(year) + QStringLiteral(" order by SrNo"),
-                bankConnection());
+                contextConnection());
     });
     if (!rs.isOpen())
         return rows;
-    guard([&] {
-        for (; !rs.eof(); rs.moveNext()) {
-            QStringList cells;
-            for (int f = kFirstAccountField; f < rs.fieldCount() && f - kFirstAccountField < ColumnCount; ++f)
-                cells << rs.text(f);
-            while (cells.size() < ColumnCount)
-                cells << QString();
-            rows.push_back(cells);
+    // Each cell is its own statement: one failing read leaves only that cell empty.
+    bool more = false;
+    guard([&] { more = !rs.eof(); });
+    while (more) {
+        QStringList cells;
+        for (int c = 0; c < ColumnCount; ++c) {
+            QString cell;
+            guard([&] { cell = rs.text(kFirstAccountField + c); });
+            cells << cell;
         }
-    });
+        rows.push_back(cells);
+        more = false;
+        guard([&] {
+            rs.moveNext();
+            more = !rs.eof();
+        });
+    }
     return rows;
 }
 
@@ -124,19 +131,19 @@ void BankAccounts::save(ResumeNext& guard)
     const QString code = sqlQuote(modbase().Code);
     const QString year = QString::number(modbase().TYear);
     guard([&] {
-        bankConnection().execute(QStringLiteral("delete from FBT_BankDet where code_no=") + code
+        contextConnection().execute(QStringLiteral("delete from FBT_BankDet where code_no=") + code
                                  + QStringLiteral(" and Yr=") + year);
     });
-    guard([&] { bankConnection().execute(QStringLiteral("flush tables")); });
+    guard([&] { contextConnection().execute(QStringLiteral("flush tables")); });
     for (int n = 1; n <= rows_.size(); ++n) {
         QString sql = QStringLiteral("insert into FBT_BankDet Values (") + code + QLatin1Char(',') + year
             + QLatin1Char(',') + QString::number(n);
         for (int c = 0; c < ColumnCount; ++c)
             sql += QLatin1Char(',') + sqlQuote(rows_.at(n - 1).value(c));
         sql += QLatin1Char(')');
-        guard([&] { bankConnection().execute(sql); });
+        guard([&] { contextConnection().execute(sql); });
     }
-    guard([&] { bankConnection().execute(QStringLiteral("flush tables")); });
+    guard([&] { contextConnection().execute(QStringLiteral("flush tables")); });
 }
 
 } // namespace corvane

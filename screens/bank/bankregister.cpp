@@ -5,7 +5,7 @@
 #include "core/textnumbers.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
-#include "screens/bank/bankconnection.h"
+#include "db/contextconnection.h"
 
 #include <cmath>
 #include <limits>
@@ -18,7 +18,7 @@ constexpr long kOverflow = 6;
 
 void BankRegister::open(ResumeNext& guard)
 {
-    guard([&] { rs_.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), bankConnection()); });
+    guard([&] { rs_.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), contextConnection()); });
     if (!isEmpty())
         guard([&] { rs_.moveFirst(); });
 }
@@ -91,7 +91,7 @@ std::optional<qint16> BankRegister::nextCode(ResumeNext& guard)
     double maxCode = 0;
     guard([&] {
         Recordset max;
-        max.open(QStringLiteral("Select Max(bank_Code_no) as MaxCode from Bank_Master"), bankConnection());
+        max.open(QStringLiteral("Select Max(bank_Code_no) as MaxCode from Bank_Master"), contextConnection());
         if (!max.bof() && !max.eof()) {
             const QVariant v = max.field(QStringLiteral("maxcode"));
             maxCode = v.isNull() ? 0 : v.toDouble();
@@ -114,7 +114,7 @@ void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guar
     int remembered = 0;
     if (adding) {
         guard([&] {
-            bankConnection().execute(QStringLiteral("Insert into Bank_Master Values(") + code + QLatin1Char(',')
+            contextConnection().execute(QStringLiteral("Insert into Bank_Master Values(") + code + QLatin1Char(',')
                                      + sqlQuote(fields.value(1)) + QLatin1Char(',') + sqlQuote(fields.value(2))
                                      + QLatin1Char(',') + sqlQuote(fields.value(3)) + QLatin1Char(')'));
         });
@@ -122,14 +122,14 @@ void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guar
         remembered = position();
         // The code box is both the new code and the key: a changed code matches no row.
         guard([&] {
-            bankConnection().execute(QStringLiteral("Update Bank_Master Set bank_code_no = ") + code
+            contextConnection().execute(QStringLiteral("Update Bank_Master Set bank_code_no = ") + code
                                      + QStringLiteral(",bank_name = ") + sqlQuote(fields.value(1))
                                      + QStringLiteral(",branch = ") + sqlQuote(fields.value(2))
                                      + QStringLiteral(",branch_code = ") + sqlQuote(fields.value(3))
                                      + QStringLiteral(" where bank_code_no = ") + code);
         });
     }
-    guard([&] { bankConnection().execute(QStringLiteral("Flush Tables")); });
+    guard([&] { contextConnection().execute(QStringLiteral("Flush Tables")); });
     guard([&] { rs_.requery(); });
     if (isEmpty())
         return;

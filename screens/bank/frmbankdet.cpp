@@ -6,6 +6,7 @@
 #include "core/resumenext.h"
 #include "ui/screenscaling.h"
 #include "screens/bank/bankinfocall.h"
+#include "screens/bank/clientcaption.h"
 #include "ui/screenkeys.h"
 
 #include <QApplication>
@@ -71,6 +72,7 @@ void frmbankdet::Form_Load()
     guard([&] { Resize_For_Resolution(this, false); });
     SETBUTTON(true);
     LOADGRID();
+    setWindowTitle(clientCaption(windowTitle()));
 }
 
 void frmbankdet::LOADGRID()
@@ -196,15 +198,12 @@ void frmbankdet::cmdupdate_Click()
 
 void frmbankdet::UPDATEBANKDATA()
 {
+    // Clicked straight from the MICR box: leaving the box is checked now, once.
+    if (checkingMicr_ && !txtfields_LostFocus())
+        return;
     if (txtfields_.at(0)->text().trimmed().isEmpty()) {
         prompter().inform(QStringLiteral("Please Enter Bank Name."), Prompter::Icon::Information);
         txtfields_.at(0)->setFocus();
-        return;
-    }
-    // The same refusal as on leaving the box, for a code that never left it.
-    if (!BankAccounts::micrLengthOk(txtfields_.at(2)->text())) {
-        prompter().inform(QStringLiteral("MICR should be 9 Digit Number."), Prompter::Icon::Information);
-        txtfields_.at(2)->setFocus();
         return;
     }
     const int row = accounts_.put(editMode_ == -1 ? -1 : ui->vsf1->currentRow(), entry());
@@ -281,13 +280,14 @@ void frmbankdet::escape()
         cmdcancel_Click();
 }
 
-void frmbankdet::txtfields_LostFocus()
+bool frmbankdet::txtfields_LostFocus()
 {
     checkingMicr_ = false;
     if (!editing() || BankAccounts::micrLengthOk(txtfields_.at(2)->text()))
-        return;
+        return true;
     prompter().inform(QStringLiteral("MICR should be 9 Digit Number."), Prompter::Icon::Information);
     txtfields_.at(2)->setFocus();
+    return false;
 }
 
 void frmbankdet::reject()
@@ -301,14 +301,17 @@ void frmbankdet::reject()
 void frmbankdet::closeEvent(QCloseEvent* event)
 {
     if (!unloading_ && editing()) {
-        // Closing the window while editing asks like Escape; on No the entry stays.
-        if (prompter().ask(QStringLiteral("Do you want to Cancel this Entry?"), Prompter::Buttons::YesNo,
-                           Prompter::Icon::Question, Prompter::Answer::No)
-            != Prompter::Answer::Yes) {
+        // The window's close button with an entry open: save it, drop it, or stay.
+        const Prompter::Answer answer = prompter().ask(QStringLiteral("Do you want to Save?"), Prompter::Buttons::YesNoCancel,
+                                                       Prompter::Icon::Question, Prompter::Answer::Yes);
+        if (answer == Prompter::Answer::Yes)
+            UPDATEBANKDATA();
+        else if (answer == Prompter::Answer::No)
+            cmdcancel_Click();
+        if (editing()) { // Cancel, or a refused update
             event->ignore();
             return;
         }
-        cmdcancel_Click();
     }
     unloading_ = true;
     QDialog::closeEvent(event);
@@ -349,7 +352,10 @@ bool frmbankdet::eventFilter(QObject* watched, QEvent* event)
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason && next && next->window() == this
             && !leavesEntry) {
             checkingMicr_ = true;
-            QTimer::singleShot(0, this, &frmbankdet::txtfields_LostFocus);
+            QTimer::singleShot(0, this, [this] {
+                if (checkingMicr_)
+                    txtfields_LostFocus();
+            });
         }
     }
     return QDialog::eventFilter(watched, event);

@@ -54,7 +54,8 @@ private:
     void SETBUTTON(bool viewing);
     // Copies the selected grid row into the entry frame.
     void SHOWDATA();
-    void txtfields_LostFocus();
+    // False when the MICR box refuses to be left.
+    bool txtfields_LostFocus();
     void fillGrid(int selectRow);
     BankAccountEntry entry() const;
     // Escape and Back: while editing, asks to cancel the entry; otherwise closes.

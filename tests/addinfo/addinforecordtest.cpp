@@ -1,6 +1,7 @@
 #include "core/errorlog.h"
 #include "core/modbase.h"
 #include "screens/addinfo/addinforecord.h"
+#include "db/schema.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -381,6 +382,36 @@ private slots:
         // THEN the second edition's 115WJ(5) choice and its MiscInf row stay
         QCOMPARE(column(QStringLiteral("concat(Ward,'/',OldWard,'/',Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("NEW WARD/W9/1/450"));
         QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+    }
+
+    void eachFieldIsReadOnItsOwn_data()
+    {
+        QTest::addColumn<QString>("lost");
+        QTest::newRow("the first answer") << "Ward";
+        QTest::newRow("one in the middle") << "NOB";
+        QTest::newRow("an amount") << "IndiaEmp";
+        QTest::newRow("the last one") << "IntDt";
+    }
+
+    void eachFieldIsReadOnItsOwn()
+    {
+        QFETCH(QString, lost);
+        // GIVEN the year's row in a table that has lost one column
+        insertFiledRow(kYear);
+        c().execute(QStringLiteral("alter table FBT_AddInfo drop column ") + lost);
+        // WHEN the record is read
+        AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
+        QVERIFY(r.READDATA(false));
+        // THEN only that field is missed and logged; every field after it is read
+        QCOMPARE(test::logContexts(), QStringList{QStringLiteral("frmaddinfo\tREADDATA")});
+        QCOMPARE(r.values.ward, lost == QLatin1String("Ward") ? QString() : QStringLiteral("OLD WARD"));
+        QCOMPARE(r.values.nob[4], lost != QLatin1String("NOB"));
+        QCOMPARE(r.values.indiaEmp, lost == QLatin1String("IndiaEmp") ? QString() : QStringLiteral("7"));
+        QVERIFY(r.values.calc115WJ5);
+        QCOMPARE(r.values.amt115WJ5, QStringLiteral("800"));
+        QCOMPARE(r.marker, QStringLiteral("1"));
+        c().execute(QStringLiteral("drop table FBT_AddInfo"));
+        schema::createMissingTables(c());
     }
 
     void failuresAreLoggedUnderTheFormAndGoOn()

@@ -84,7 +84,7 @@ private slots:
         QFETCH(QString, caption);
         FrmAddInfo form;
         QCOMPARE(find<QAbstractButton>(form, control)->text(), caption);
-        QCOMPARE(form.windowTitle(), QStringLiteral("Additional Information"));
+        QVERIFY(form.windowTitle().startsWith(QStringLiteral("Additional Information \u2014 C001")));
         auto* sections = find<QComboBox>(form, QStringLiteral("Combo1"));
         QCOMPARE(sections->count(), 4);
         QCOMPARE(sections->itemText(3), QStringLiteral("115WD(3)"));

@@ -413,6 +413,62 @@ private slots:
         (*db_)->execute("INSERT INTO writes (note) VALUES ('after')");
     }
 
+    // A table whose index file is gone to nothing: the repair cannot mend it,
+    // so the reading fails into the BackUpData handler.
+    void unreadableTableGoesToTheHandler_data()
+    {
+        QTest::addColumn<QList<int>>("answers");
+        QTest::addColumn<int>("outcome");
+        using A = Prompter::Answer;
+        QTest::newRow("Ignore goes on") << QList<int>{int(A::Ignore)} << int(BackupJob::Outcome::Completed);
+        QTest::newRow("Retry asks again") << QList<int>{int(A::Retry), int(A::Ignore)} << int(BackupJob::Outcome::Completed);
+        QTest::newRow("Abort cleans up") << QList<int>{int(A::Abort)} << int(BackupJob::Outcome::Failed);
+    }
+    void unreadableTableGoesToTheHandler()
+    {
+        QFETCH(QList<int>, answers);
+        QFETCH(int, outcome);
+        (*db_)->execute("DROP TABLE IF EXISTS crashy");
+        (*db_)->execute("CREATE TABLE crashy (id int PRIMARY KEY, t varchar(10)) ENGINE=MyISAM");
+        (*db_)->execute("INSERT INTO crashy VALUES (1, 'a'), (2, 'b')");
+        (*db_)->execute("FLUSH TABLES");
+        QString index;
+        for (const QString& f : filesOf(dbFolder(db_->name())))
+            if (f.compare("crashy.MYI", Qt::CaseInsensitive) == 0)
+                index = dbFolder(db_->name()) + '/' + f;
+        QVERIFY(!index.isEmpty());
+        QVERIFY(QFile::resize(index, 0));
+        for (int a : answers)
+            prompter_->then(Prompter::Answer(a));
+
+        const BackupJob::Outcome result = backUp(dest_.path());
+        (*db_)->execute("DROP TABLE crashy");
+
+        QCOMPARE(int(result), outcome);
+        QCOMPARE(prompter_->pending(), 0);
+        const auto& asked = prompter_->asked();
+        for (qsizetype i = 0; i < answers.size(); ++i) {
+            QVERIFY2(asked.at(i).text.startsWith("Error occured: "), qPrintable(asked.at(i).text));
+            QCOMPARE(asked.at(i).title, QString("BackUpData"));
+            QCOMPARE(asked.at(i).buttons, Prompter::Buttons::AbortRetryIgnore);
+            QCOMPARE(asked.at(i).icon, Prompter::Icon::Critical);
+        }
+        QVERIFY(test::logContexts().contains("frmbackup\tBACKUPDATA"));
+        if (result == BackupJob::Outcome::Completed) {
+            QCOMPARE(prompter_->texts().last(), QString("Backup Completed."));
+            QTemporaryDir out;
+            const QString root = unpack(out.path());
+            QVERIFY(exportOf(root, "crashy").isEmpty());
+            QVERIFY(!exportOf(root, "valuesdemo").isEmpty());
+        } else {
+            QCOMPARE(prompter_->texts().last(), QString("Close the Software on All the Machines and Retry !"));
+            QVERIFY(!QFileInfo::exists(archive()));
+            QVERIFY(!QFileInfo::exists(dest_.filePath(archiveBaseName(kToday))));
+        }
+        // The read lock is gone on every path.
+        (*db_)->execute("INSERT INTO writes (note) VALUES ('after')");
+    }
+
     void backupRootIsFoundAtAnyDepth_data()
     {
         QTest::addColumn<QStringList>("folders");

@@ -408,6 +408,115 @@ private slots:
         QCOMPARE(grid(*form)->rowCount(), 1);
     }
 
+    void updateLeavesTheMicrToItsBox()
+    {
+        // GIVEN a stored account whose MICR has eight characters
+        insertAccount(**db, kClient, kYear, 1,
+                      {"BANK 1", "ADDRESS 1", "40024001", "SAVINGS", "ACC1", "N", "Y"});
+        auto form = open();
+        // WHEN it is modified without visiting the MICR box and updated
+        click(*form, "cmdmodify");
+        form->txtfields().at(3)->setText(QStringLiteral("ACC9"));
+        click(*form, "cmdupdate");
+        // THEN it is saved as it is, without a message
+        QVERIFY(prompts->texts().isEmpty());
+        QVERIFY(!form->editing());
+        QCOMPARE(stored(), QStringList{QStringLiteral("1|BANK 1|ADDRESS 1|40024001|SAVINGS|ACC9|N|Y")});
+    }
+
+    void updateClickedFromAShortMicrAsksOnce()
+    {
+        // GIVEN an account being added, the focus in the MICR box with four digits
+        auto form = open();
+        click(*form, "cmdadd");
+        typeAccount(*form, QStringLiteral("HDFC"));
+        QLineEdit* micr = form->txtfields().at(2);
+        micr->setFocus();
+        QTest::keyClicks(micr, QStringLiteral("1234"));
+        // WHEN Update is clicked with the mouse, and the events are handled
+        click(*form, "cmdupdate");
+        QCoreApplication::processEvents();
+        // THEN leaving the box is refused once, nothing is written and the entry goes on in the box
+        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("MICR should be 9 Digit Number.")});
+        QCOMPARE(stored(), QStringList());
+        QVERIFY(form->editing());
+        QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(micr));
+    }
+
+    void closeButton_data()
+    {
+        QTest::addColumn<bool>("editing");
+        QTest::addColumn<QString>("bank");
+        QTest::addColumn<int>("answer"); // Prompter::Answer
+        QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<bool>("staysOpen");
+        QTest::addColumn<QStringList>("rows");
+
+        const QStringList question{QStringLiteral("Do you want to Save?")};
+        const QString saved = QStringLiteral("1|HDFC|FORT, MUMBAI||CURRENT|00991|Y|Y");
+        QTest::newRow("viewing: closes without a question") << false << "" << 0 << QStringList() << false << QStringList();
+        QTest::newRow("entry, Yes: saved and closed") << true << "HDFC" << int(Prompter::Answer::Yes) << question << false
+                                                      << QStringList{saved};
+        QTest::newRow("entry, No: closed, nothing written") << true << "HDFC" << int(Prompter::Answer::No) << question << false
+                                                            << QStringList();
+        QTest::newRow("entry, Cancel: the entry goes on") << true << "HDFC" << int(Prompter::Answer::Cancel) << question << true
+                                                          << QStringList();
+        QTest::newRow("entry without a bank name, Yes: refused, stays")
+            << true << "" << int(Prompter::Answer::Yes)
+            << QStringList{QStringLiteral("Do you want to Save?"), QStringLiteral("Please Enter Bank Name.")} << true << QStringList();
+    }
+    void closeButton()
+    {
+        QFETCH(bool, editing);
+        QFETCH(QString, bank);
+        QFETCH(int, answer);
+        QFETCH(QStringList, messages);
+        QFETCH(bool, staysOpen);
+        QFETCH(QStringList, rows);
+        // GIVEN the screen, an account typed or only looked at
+        auto form = open();
+        if (editing) {
+            click(*form, "cmdadd");
+            typeAccount(*form, bank);
+        }
+        if (!messages.isEmpty())
+            prompts->then(Prompter::Answer(answer));
+        // WHEN the window's close button is used
+        form->close();
+        // THEN only an open entry is asked about, and the answer decides
+        QCOMPARE(prompts->texts(), messages);
+        if (!messages.isEmpty())
+            QCOMPARE(prompts->asked().front().buttons, Prompter::Buttons::YesNoCancel);
+        QCOMPARE(form->isVisible(), staysOpen);
+        QCOMPARE(form->editing(), staysOpen);
+        QCOMPARE(stored(), rows);
+    }
+
+    void titleSaysWhoseAccountsTheyAre()
+    {
+        (*db)->execute(QStringLiteral("delete from FBT_Info"));
+        (*db)->execute(QStringLiteral("insert into FBT_Info (Code_No, Name) values (%1, %2)")
+                           .arg(sqlQuote(kClient), sqlQuote(QStringLiteral("SHARMA & CO"))));
+        auto form = open();
+        QCOMPARE(form->windowTitle(), QStringLiteral("Bank Details \u2014 A001 SHARMA & CO \u2014 2008-09"));
+        (*db)->execute(QStringLiteral("delete from FBT_Info"));
+    }
+
+    void eachCellIsReadOnItsOwn()
+    {
+        // GIVEN two accounts in a table that has lost its last column
+        seed(kYear, 2, 1);
+        (*db)->execute(QStringLiteral("alter table FBT_BankDet drop column DefAcc"));
+        // WHEN the screen loads
+        auto form = open();
+        // THEN each row's missing cell is logged, and every other cell of both rows is shown
+        QCOMPARE(logContexts(), (QStringList{"frmbankdet\tLOADGRID", "frmbankdet\tLOADGRID"}));
+        QCOMPARE(gridColumn(*form, 0), (QStringList{"BANK 1", "BANK 2"}));
+        QCOMPARE(gridColumn(*form, 5), (QStringList{"N", "N"}));
+        QCOMPARE(gridColumn(*form, 6), (QStringList{"", ""}));
+        (*db)->execute(QStringLiteral("drop table FBT_BankDet"));
+    }
+
     void showBankDetIsModal()
     {
         // GIVEN an account, and a user who reads the grid and leaves with Back

@@ -99,7 +99,7 @@ private slots:
         QCOMPARE(recorder.calls.first().member, MainWindow::Member::ShowAddInfo);
         QCOMPARE(recorder.calls.first().code, QStringLiteral("F006"));
         // WHEN Enter is pressed in the list on another client
-        auto* list = control<QTableWidget>(&window, "lstclients");
+        auto* list = control<QTableView>(&window, "lstclients");
         QTest::keyClick(list, Qt::Key_Up);
         QTest::keyClick(list, Qt::Key_Return);
         // THEN that client's additional information opens
@@ -126,7 +126,7 @@ private slots:
         QCOMPARE(search->text(), QStringLiteral("td"));
         QCOMPARE(f.answers->texts(), QStringList());
         // WHEN Delete is pressed in the list
-        auto* list = control<QTableWidget>(&window, "lstclients");
+        auto* list = control<QTableView>(&window, "lstclients");
         list->setFocus();
         f.answers->then(Prompter::Answer::No);
         QTest::keyClick(list, Qt::Key_Delete);

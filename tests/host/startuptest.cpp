@@ -8,7 +8,9 @@
 #include "host/connectiondialog.h"
 #include "support/testmain.h"
 
+#include <QCheckBox>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QRadioButton>
 #include <sys/stat.h>
 
@@ -184,6 +186,48 @@ private slots:
         const ConnectionSettings read = ConnectionSettings::fromConfig(f.db.appPath());
         QVERIFY(!read.privateServer);
         QCOMPARE(read.database, f.db.name());
+    }
+
+    void settingsForEveryUserOfTheMachine_data()
+    {
+        QTest::addColumn<bool>("machineWritable");
+        QTest::addColumn<bool>("ticked");
+        QTest::newRow("may write, ticked") << true << true;
+        QTest::newRow("may write, not ticked") << true << false;
+        QTest::newRow("may not write") << false << true;
+    }
+
+    void settingsForEveryUserOfTheMachine()
+    {
+        // GIVEN the dialog, with a machine folder this user may or may not make
+        HostFixture f(QStringLiteral("st_machine"));
+        QFETCH(bool, machineWritable);
+        QFETCH(bool, ticked);
+        QFile::remove(connectionconfig::file());
+        QTemporaryDir machine;
+        const QString folder = machineWritable ? machine.path() + "/orv-softworks" : "/nonexistent/etc/orv-softworks";
+        ConnectionDialog dialog(ConnectionSettings::fromConfig(f.db.appPath()),
+                                [&](const ConnectionSettings& s) { return f.session->tryConnect(s); }, QString(), nullptr,
+                                folder);
+        dialog.show();
+        // THEN the choice is offered only to who may write there
+        auto* box = control<QCheckBox>(&dialog, "chkeveryuser");
+        QCOMPARE(box->isVisible(), machineWritable);
+        // WHEN the server is entered and kept, the box ticked or not
+        box->setChecked(ticked);
+        control<QRadioButton>(&dialog, "optserver")->setChecked(true);
+        typeInto(&dialog, "txtsocket", f.db.settings().socket);
+        typeInto(&dialog, "txtdatabase", f.db.name());
+        click(&dialog, "cmdok");
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        // THEN a ticked box writes the machine's file, readable by every user, and not the user's own
+        const QString machineFile = folder + "/ORVCONFIG.INI";
+        const bool everyUser = machineWritable && ticked;
+        QCOMPARE(QFile::exists(machineFile), everyUser);
+        QCOMPARE(QFile::exists(connectionconfig::file()), !everyUser);
+        const QString written = everyUser ? machineFile : connectionconfig::file();
+        QCOMPARE(fileMode(written), everyUser ? 0644 : 0600);
+        QCOMPARE(IniFile::read(written, "MySql", "Socket", "?"), f.db.settings().socket);
     }
 
     void privateServerChoiceForgetsTheServer()

@@ -4,7 +4,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QTableView>
 #include <QtTest>
 
 namespace corvane::test {
@@ -36,11 +36,10 @@ inline void click(QObject* screen, const QString& name)
 // The codes of the rows the client list shows, in order.
 inline QStringList visibleCodes(QObject* window)
 {
-    auto* list = control<QTableWidget>(window, QStringLiteral("lstclients"));
+    const QAbstractItemModel* rows = control<QTableView>(window, QStringLiteral("lstclients"))->model();
     QStringList codes;
-    for (int row = 0; row < list->rowCount(); ++row)
-        if (!list->isRowHidden(row))
-            codes << list->item(row, 0)->text();
+    for (int row = 0; row < rows->rowCount(); ++row)
+        codes << rows->index(row, 0).data().toString();
     return codes;
 }
 

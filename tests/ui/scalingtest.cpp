@@ -79,14 +79,29 @@ class ScalingTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> dir_;
+    QFont desktopFont_;
+
+    // Forms made for 800 x 600 with small fonts, on a desktop whose font is larger.
+    static void largeDesktopFont()
+    {
+        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 12));
+    }
 
 private slots:
+    void initTestCase() { desktopFont_ = QApplication::font(); }
+
     void init()
     {
         dir_ = std::make_unique<QTemporaryDir>();
         resetModbase();
         modbase().AppPath = dir_->path();
         qputenv("CORVANE_SYSTEM_DIR", dir_->path().toLocal8Bit());
+    }
+
+    void cleanup()
+    {
+        QApplication::setFont(desktopFont_);
+        setScreenRoomSource({});
     }
 
     void ratios_data()
@@ -168,6 +183,7 @@ private slots:
     void aFormIsScaledByTheRatios()
     {
         // GIVEN a form and ratios 1.5 across, 1.25 down and 1.375 for fonts
+        largeDesktopFont();
         Form f;
         setRatios(1.5f, 1.25f, 1.375f);
         const QHeaderView* rows = f.grid->verticalHeader();
@@ -175,8 +191,8 @@ private slots:
         // WHEN the form scales itself on load
         Resize_For_Resolution(&f.form, false);
 
-        // THEN the form grows where it is, and its font with it
-        QCOMPARE(f.form.size(), QSize(600, 375));
+        // THEN the form grows where it is (to what its layout would like), and its font with it
+        QCOMPARE(f.form.size(), QSize(600, 375).expandedTo(f.form.sizeHint()));
         QCOMPARE(f.form.pos(), QPoint(10, 20));
         QCOMPARE(f.form.font().pointSizeF(), 11.0);
         // a control's own font size is scaled, an inherited one follows the form
@@ -206,10 +222,11 @@ private slots:
 
     void theFormIsMovedWhenAsked()
     {
+        largeDesktopFont();
         Form f;
         setRatios(1.5f, 1.25f, 1.0f);
         Resize_For_Resolution(&f.form, true);
-        QCOMPARE(f.form.geometry(), QRect(15, 25, 600, 375));
+        QCOMPARE(f.form.geometry(), QRect(QPoint(15, 25), QSize(600, 375).expandedTo(f.form.sizeHint())));
     }
 
     void ratiosOfOneChangeNothing()
@@ -217,7 +234,7 @@ private slots:
         Form f;
         setRatios(1.0f, 1.0f, 1.0f);
         Resize_For_Resolution(&f.form, true);
-        QCOMPARE(f.form.geometry(), QRect(10, 20, 400, 300));
+        QCOMPARE(f.form.geometry(), QRect(QPoint(10, 20), QSize(400, 300).expandedTo(f.form.sizeHint())));
         QCOMPARE(f.title->font().pointSizeF(), 10.0);
         QCOMPARE(f.grid->columnWidth(0), 100);
         QCOMPARE(f.placed->geometry(), QRect(10, 10, 100, 30));
@@ -225,8 +242,10 @@ private slots:
 
     void aFormNeverOutgrowsTheScreen()
     {
-        // GIVEN a laid-out form of many rows and a font ratio far beyond the screen
+        // GIVEN a laid-out form of many rows in a small font and a font ratio far beyond the screen
+        largeDesktopFont();
         QWidget form;
+        form.setFont(QFont(QStringLiteral("DejaVu Sans"), 8));
         auto* layout = new QVBoxLayout(&form);
         auto* title = new QLabel(QStringLiteral("Title"));
         QFont big = title->font();
@@ -249,6 +268,80 @@ private slots:
         QVERIFY(test::logLines().isEmpty());
     }
 
+    void textNeverOutgrowsTheDesktopFont_data()
+    {
+        QTest::addColumn<QSize>("screen");
+        QTest::newRow("1024x768") << QSize(1024, 768);
+        QTest::newRow("1280x800") << QSize(1280, 800);
+        QTest::newRow("1366x768") << QSize(1366, 768);
+        QTest::newRow("1920x1080") << QSize(1920, 1080);
+    }
+
+    void textNeverOutgrowsTheDesktopFont()
+    {
+        QFETCH(QSize, screen);
+        // GIVEN a form in the desktop's font, with a button of fixed size, on a large screen
+        applyScreenReso(ScreenMeasure{screen.width(), screen.height(), 96, 0, 0});
+        QWidget form;
+        form.resize(400, 300);
+        auto* layout = new QVBoxLayout(&form);
+        auto* button = new QPushButton(QStringLiteral("&Add"));
+        button->setFixedSize(80, 24);
+        layout->addWidget(button);
+        const double desktop = QApplication::font().pointSizeF();
+        const Modbase& m = modbase();
+
+        // WHEN it scales itself
+        Resize_For_Resolution(&form, false);
+
+        // THEN the text keeps the desktop's size, and sizes follow the ratios in that proportion
+        QCOMPARE(form.font().pointSizeF(), desktop);
+        QCOMPARE(button->width(), qRound(80 * m.vScreenRatX / m.vScreenRatFS));
+        QCOMPARE(button->height(), qRound(24 * m.vScreenRatY / m.vScreenRatFS));
+        QVERIFY(test::logLines().isEmpty());
+    }
+
+    void keepOnScreen_data()
+    {
+        QTest::addColumn<QRect>("window");
+        QTest::addColumn<QRect>("parent"); // null: none
+        QTest::addColumn<QRect>("expected");
+        const QRect none;
+        // The room: 1280 x 770 free, a frame of 4 px and a title of 26 px.
+        QTest::newRow("fits where it is") << QRect(100, 100, 600, 400) << none << QRect(100, 100, 600, 400);
+        QTest::newRow("past the right edge: moved in") << QRect(1000, 100, 600, 400) << none << QRect(672, 100, 600, 400);
+        QTest::newRow("past the bottom with its frame: moved up") << QRect(100, 500, 600, 250) << none << QRect(100, 490, 600, 250);
+        QTest::newRow("wider and taller than the screen: shrunk and placed at the corner")
+            << QRect(50, 50, 1346, 900) << none << QRect(0, 0, 1272, 740);
+        QTest::newRow("over its parent's middle") << QRect(0, 0, 400, 200) << QRect(200, 100, 800, 600)
+                                                  << QRect(396, 285, 400, 200);
+        QTest::newRow("parent near the edge: kept inside") << QRect(0, 0, 600, 300) << QRect(900, 500, 380, 260)
+                                                           << QRect(672, 440, 600, 300);
+    }
+
+    void keepOnScreen()
+    {
+        QFETCH(QRect, window);
+        QFETCH(QRect, parent);
+        QFETCH(QRect, expected);
+        const QRect available(0, 0, 1280, 770);
+        const QMargins frame(4, 26, 4, 4);
+        setScreenRoomSource([=](const QWidget*) { return ScreenRoom{available, frame}; });
+        QWidget owner;
+        if (!parent.isNull()) {
+            owner.setGeometry(parent);
+            owner.show();
+        }
+        QWidget w(parent.isNull() ? nullptr : &owner, Qt::Dialog);
+        w.setGeometry(window);
+        w.setAttribute(Qt::WA_Moved);
+
+        corvane::keepOnScreen(&w);
+
+        QCOMPARE(QRect(w.pos(), w.size()), expected);
+        QVERIFY(available.contains(QRect(w.pos(), w.size().grownBy(frame))));
+    }
+
     void noFormIsLogged()
     {
         Resize_For_Resolution(nullptr, false);
@@ -258,6 +351,7 @@ private slots:
     void theControlsOfAUserControl()
     {
         // GIVEN the controls of a user control, one of them missing
+        largeDesktopFont();
         QWidget uc;
         uc.setFont(QFont(QStringLiteral("DejaVu Sans"), 8));
         auto* tabs = new QTabWidget(&uc);

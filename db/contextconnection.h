@@ -5,6 +5,6 @@ namespace corvane {
 class Connection;
 
 // The context's connection; fails as "object not set" (91) when the host gave none.
-Connection& bankConnection();
+Connection& contextConnection();
 
 } // namespace corvane

@@ -1,4 +1,4 @@
-#include "screens/bank/bankconnection.h"
+#include "db/contextconnection.h"
 
 #include "core/failure.h"
 #include "core/modbase.h"
@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-Connection& bankConnection()
+Connection& contextConnection()
 {
     const auto& connection = modbase().CnnObj;
     if (!connection)

@@ -3,7 +3,7 @@
 #include <QList>
 #include <QString>
 
-namespace corvane::host {
+namespace corvane {
 
 // A client's legal status: the number stored in FBT_Info.ClStatus and its name.
 struct ClientStatus {
@@ -17,4 +17,4 @@ const QList<ClientStatus>& clientStatuses();
 // The name for a stored number; a number not in the list shows as itself.
 QString clientStatusName(int code);
 
-} // namespace corvane::host
+} // namespace corvane

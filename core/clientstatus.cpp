@@ -1,11 +1,12 @@
-#include "host/clientstatus.h"
+#include "core/clientstatus.h"
 
 #include <QStringList>
 
-namespace corvane::host {
+namespace corvane {
 
 namespace {
 
+// Stored number and shown name, in the order the lists show them.
 const QString kClientStatusList = QStringLiteral(
     "#0;Individual|#1;HUF|#3;Partnership Firm|#4;Artificial Juridical Person|#5;Foreign Company|#6;Local Authority|"
     "#9;AOP|#11;AOP(Trusts)|#13;BOI|#15;Public Limited Company|#16;Private Limited Company|#17;Co-operative Society");
@@ -36,4 +37,4 @@ QString clientStatusName(int code)
     return QString::number(code);
 }
 
-} // namespace corvane::host
+} // namespace corvane
