@@ -13,6 +13,7 @@
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
 #include "screens/backup/frmbackup.h"
+#include "screens/backup/frmrestoration.h"
 #include "screens/bank/frmbankdet1.h"
 #include "screens/cldet/frmcldet.h"
 #include "screens/repair/frmchkrep.h"
@@ -188,6 +189,11 @@ void ClsMain::ChangeCode(const QString& OldCd, const QString& NewCd)
 qint16 ClsMain::Restoration()
 {
     modbase().restorationFlag = 0;
+    auto guard = silentGuard();
+    guard([] {
+        frmrestoration form;
+        form.exec();
+    });
     return modbase().restorationFlag;
 }
 

@@ -8,7 +8,9 @@
 #include "support/testlog.h"
 #include "support/testmain.h"
 
+#include <QApplication>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -189,6 +191,11 @@ private slots:
     {
         ClsMain cls;
         modbase().restorationFlag = 1;
+        // The screen opens modally; the user leaves it at once.
+        QTimer::singleShot(0, [] {
+            if (QWidget* screen = QApplication::activeModalWidget())
+                screen->close();
+        });
         QCOMPARE(cls.Restoration(), qint16(0));
     }
 

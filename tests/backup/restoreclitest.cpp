@@ -1,0 +1,156 @@
+#include "component/components.h"
+#include "core/modbase.h"
+#include "support/clirunner.h"
+#include "support/testdatabase.h"
+#include "support/testmain.h"
+#include "restoretestsupport.h"
+
+#include <QtTest>
+
+using namespace corvane;
+using namespace corvane::test;
+
+// `corvane restore` from a shell; the MySQL directory is a folder that looks like one.
+class RestoreCliTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TestDatabase> db_;
+    std::unique_ptr<QTemporaryDir> area_;
+    QString mysql_, app_, archive_;
+
+    QString at(const QString& relative) const { return area_->filePath(relative); }
+    CliResult restore(const QStringList& args)
+    {
+        return runCli(databaseArgs(*db_) + QStringList{"--app-path", app_, "restore"} + args,
+                      {{"TMPDIR", at("tmp")}});
+    }
+    QString extraction() const { return at("tmp/backup"); }
+    QStringList kept() const { return QDir(app_).entryList({"Restore_*"}, QDir::Dirs); }
+
+private slots:
+    void initTestCase()
+    {
+        registerDefaultComponents();
+        db_ = std::make_unique<TestDatabase>("restorecli");
+    }
+    void cleanupTestCase() { db_.reset(); }
+
+    void init()
+    {
+        area_ = std::make_unique<QTemporaryDir>();
+        mysql_ = at("mysql-data");
+        app_ = at("app");
+        QDir().mkpath(mysql_ + "/mysql");
+        QDir().mkpath(at("tmp"));
+        writeFile(mysql_ + "/fbt/a.MYD", "old a");
+        writeFile(app_ + "/FBT", "program");
+        writeFile(app_ + "/Confg.ini", "[Settings]\nmark=old\n");
+        writeBackupTree(at("backup"));
+        archive_ = at("backup.zip");
+        packArchive(at("backup"), archive_);
+        QDir(at("backup")).removeRecursively();
+    }
+
+    void listPrintsTheRowsAndRestoresNothing()
+    {
+        const CliResult r = restore({archive_, "--mysql-dir", mysql_, "--list"});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        QStringList lines = r.out.trimmed().split('\n');
+        lines.sort();
+        const QString root = extraction() + "/backup";
+        QCOMPARE(lines, (QStringList{root + "/BillNew.doc\t" + app_ + "/Data/BillNew.doc\tFL",
+                                     root + "/Confg.ini\t" + app_ + "/Confg.ini\tFL",
+                                     root + "/SQLDATA/fbt\t" + mysql_ + "/fbt\tDB",
+                                     root + "/Tables\t" + app_ + "/Tables\tFLD"}));
+        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("old a"));
+        QVERIFY(kept().isEmpty());
+        QVERIFY(!QFileInfo::exists(extraction()));
+    }
+
+    void restoresAndPrintsEveryRow()
+    {
+        const CliResult r = restore({archive_, "--mysql-dir", mysql_ + "/", "--data-dir", app_});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        const QStringList lines = r.out.trimmed().split('\n');
+        QCOMPARE(lines.size(), 4 + 2);
+        for (int i = 0; i < 4; ++i)
+            QVERIFY2(lines.at(i).endsWith("\tRestored."), qPrintable(lines.at(i)));
+        QCOMPARE(lines.at(4), QString("Data Restored."));
+        QCOMPARE(kept().size(), 1);
+        QCOMPARE(lines.at(5), QString("Existing Data has been Kept as Backup in [%1/%2].").arg(app_, kept().first()));
+        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("new a"));
+        QVERIFY(!QFileInfo::exists(extraction()));
+    }
+
+    void failingStep_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QString>("closing");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("--on-error ignore") << QStringList{"--on-error", "ignore"} << "Restroing File Error Ignored by User."
+                                           << "Some Errors Ignored during Restoration. Please Retry or Contact your Vendor."
+                                           << "[ignore]";
+        QTest::newRow("no terminal aborts") << QStringList{} << "Aborted by User." << "Data Restored." << "[abort]";
+    }
+    void failingStep()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, status);
+        QFETCH(QString, closing);
+        QFETCH(QString, answer);
+        writeFile(app_ + "/Data", "a file where the folder must be");
+        const CliResult r = restore(QStringList{archive_, "--mysql-dir", mysql_} + options);
+        QCOMPARE(r.status, 1);
+        QVERIFY2(r.out.contains("/BillNew.doc\t" + app_ + "/Data/BillNew.doc\tFL\t" + status + "\n"), qPrintable(r.out));
+        QVERIFY2(r.out.contains("\n" + closing), qPrintable(r.out));
+        QVERIFY2(r.err.contains("Error While Restoring File [ "), qPrintable(r.err));
+        QVERIFY2(r.err.contains("before Proceeding. " + answer), qPrintable(r.err));
+    }
+
+    void refusedAndWrongUsage_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no archive") << QStringList{} << 2 << "missing arguments";
+        QTest::newRow("archive and folders") << QStringList{"ARCHIVE", "--db-folder", "x"} << 2 << "either";
+        QTest::newRow("unknown option") << QStringList{"ARCHIVE", "--force"} << 2 << "unknown option --force";
+        QTest::newRow("missing archive") << QStringList{"nowhere.zip", "--mysql-dir", "MYSQL"} << 1
+                                         << "Backup File does not Exists.";
+        QTest::newRow("not a MySQL directory") << QStringList{"ARCHIVE", "--mysql-dir", "APP"} << 1
+                                               << "[APP] not a Valid MySql Directory.";
+        QTest::newRow("not a data directory") << QStringList{"ARCHIVE", "--mysql-dir", "MYSQL", "--data-dir", "MYSQL"} << 1
+                                              << "[MYSQL] not a Valid Data Directory.";
+        QTest::newRow("manual without databases, no terminal") << QStringList{"--data-folder", "APP", "--mysql-dir", "MYSQL"}
+                                                               << 1 << "Database will not be Restored. [no]";
+    }
+    void refusedAndWrongUsage()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, message);
+        for (QString& a : args)
+            a.replace("ARCHIVE", archive_).replace("MYSQL", mysql_).replace("APP", app_);
+        message.replace("MYSQL", mysql_).replace("APP", app_);
+        const CliResult r = restore(args);
+        QCOMPARE(r.status, status);
+        QVERIFY2(r.err.contains(message), qPrintable(r.err));
+        QVERIFY(kept().isEmpty());
+    }
+
+    void manualModeRestoresFolders()
+    {
+        writeFile(at("old/Data/RecpNew.doc"), "recp");
+        writeFile(at("dbs/FBT/a.MYD"), "manual a");
+        const CliResult r = restore({"--db-folder", at("dbs/FBT"), "--data-folder", at("old"), "--mysql-dir", mysql_});
+        QVERIFY2(r.status == 0, qPrintable(r.err));
+        QCOMPARE(readFile(mysql_ + "/FBT/a.MYD"), QByteArray("manual a"));
+        QCOMPARE(readFile(app_ + "/Data/RecpNew.doc"), QByteArray("recp"));
+        // The backed-up folders were copied, not moved.
+        QCOMPARE(readFile(at("dbs/FBT/a.MYD")), QByteArray("manual a"));
+    }
+};
+
+CORVANE_TEST_CLASS(RestoreCliTest)
+#include "restoreclitest.moc"
