@@ -1,14 +1,19 @@
 #include "screens/backup/restorecheck.h"
 
+#include "core/resumenext.h"
 #include "db/connection.h"
+#include "screens/repair/checkrepairjob.h"
 
 namespace corvane::backup {
 
-QStringList checkRestoredTables(Connection&, Progress&)
+QStringList checkRestoredTables(Connection& connection, Progress& progress)
 {
-    // TODO(repair): the one call of the check-and-repair job's table check
-    // goes here once that job is on this branch.
-    return {};
+    CheckRepairJob job(&connection, progress);
+    ResumeNext guard(CheckRepairJob::kModule, QStringLiteral("CHECKTABLES"));
+    QStringList lines;
+    for (const TableProblem& problem : job.check(job.tables(guard)))
+        lines << QStringLiteral("%1: %2").arg(problem.table, problem.report);
+    return lines;
 }
 
 } // namespace corvane::backup
