@@ -2,7 +2,10 @@
 #include "cli/texttable.h"
 
 #include "core/csvwriter.h"
+#include "components/repview/reportdocument.h"
+#include "components/repview/reportlayout.h"
 #include "core/errorlog.h"
+#include "core/modbase.h"
 #include "core/resumenext.h"
 #include "core/safefile.h"
 #include "db/connection.h"
@@ -46,8 +49,6 @@ int runClients(Invocation& inv)
         throw UsageError("--format takes csv or text");
     const QString output = inv.option(QStringLiteral("--output"));
     const QString suffix = QFileInfo(output).suffix().toLower();
-    if (suffix == QStringLiteral("pdf"))
-        throw UsageError("--output FILE.pdf: the report as PDF is not available yet; use FILE.csv");
 
     auto connection = inv.connect();
     ResumeNext guard(QStringLiteral("frmcldet"), QStringLiteral("LOADGRID"));
@@ -56,6 +57,18 @@ int runClients(Invocation& inv)
         inv.err << "corvane: " << guard.failures() << " failure(s) while reading the clients (logged in "
                 << logFilePath() << ")" << Qt::endl;
 
+    if (suffix == QStringLiteral("pdf")) {
+        auto recorder = std::make_shared<ReportRecorder>();
+        modbase().reportViewer = recorder;
+        ResumeNext building(QStringLiteral("frmcldet"), QStringLiteral("VIEWREPORT"));
+        if (!showReport(table, textWidths(table), building))
+            throw Failure(err::InvalidCall, kSource, QStringLiteral("the report could not be built (see the error log)"));
+        QString error;
+        if (!ReportLayout::writePdf(recorder->document(), output, &error))
+            throw Failure(err::PathNotFound, kSource, error);
+        inv.out << output << Qt::endl;
+        return guard.failures() > 0 ? 1 : 0;
+    }
     const bool csv = suffix == QStringLiteral("csv") || (suffix != QStringLiteral("txt") && format == QStringLiteral("csv"));
     const QString text = csv ? csvText(table) : textTable(table.headings, table.rows);
     if (output.isEmpty()) {
@@ -82,13 +95,15 @@ const CommandRegistration registration({
                    "  --format csv|text   CSV (RFC 4180, the captions as header row; the natures of business\n"
                    "                      in one quoted cell, one per line) or an aligned table. Default csv.\n"
                    "  --output FILE       write to FILE instead of standard output; FILE.csv is CSV,\n"
-                   "                      FILE.txt the table, whatever --format says.\n"
+                   "                      FILE.txt the table, FILE.pdf the printed report, whatever\n"
+                   "                      --format says.\n"
                    "\n"
                    "Exit status: 0 listed, 1 nothing chosen (\"Please select a Item\") or a failure\n"
                    "while reading (logged), 2 wrong usage.\n"),
     {QStringLiteral("--fields"), QStringLiteral("--format"), QStringLiteral("--output")},
     {},
     runClients,
+    makeOffscreenApplication,
 });
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "cli/command.h"
+#include "core/safefile.h"
 #include "cli/texttable.h"
 
 #include "components/repview/reportdocument.h"
@@ -20,14 +21,6 @@ namespace corvane::cli {
 namespace {
 
 using namespace returnregister;
-
-// The PDF needs fonts, so a GUI application, on the offscreen platform when no other is asked for.
-QCoreApplication* makeOffscreenApplication(int& argc, char** argv)
-{
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    return new QGuiApplication(argc, argv);
-}
 
 QStringList shownCells(const Row& row)
 {
@@ -53,9 +46,7 @@ QString plainText(const QString& title, const QVector<Row>& rows)
 
 void writeFile(const QString& path, const QString& text)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
-        throw Failure(err::PathNotFound, kSource, QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+    replaceFile(path, text.toUtf8());
 }
 
 void writePdf(const QString& path, const QString& title, const QVector<Row>& rows)

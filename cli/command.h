@@ -64,6 +64,10 @@ struct Command {
     std::function<QCoreApplication*(int& argc, char** argv)> makeApplication = nullptr;
 };
 
+// A GUI application on the offscreen platform (unless another is asked for):
+// what writing a PDF needs for its fonts.
+QCoreApplication* makeOffscreenApplication(int& argc, char** argv);
+
 // Commands register themselves from their own files.
 struct CommandRegistration {
     explicit CommandRegistration(Command command);

@@ -12,6 +12,7 @@
 #include "db/privateserver.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <algorithm>
@@ -306,6 +307,13 @@ void Invocation::reportServerRepairs()
         guard([&] { throw Failure(145, QStringLiteral("MariaDB"), line); });
         err << "corvane: the database server reports: " << line << " (" << logNote() << ")" << Qt::endl;
     }
+}
+
+QCoreApplication* makeOffscreenApplication(int& argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    return new QGuiApplication(argc, argv);
 }
 
 CommandRegistration::CommandRegistration(Command command)

@@ -4,7 +4,10 @@
 #include "core/failure.h"
 #include "core/resumenext.h"
 #include "core/settings.h"
+#include "core/modbase.h"
+#include "core/reportviewer.h"
 #include "db/recordset.h"
+#include "screens/register/registerreport.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -174,6 +177,39 @@ Table load(Connection& connection, const Choice& choice, ResumeNext& guard)
         rs.moveNext();
     }
     return table;
+}
+
+bool showReport(const Table& table, const QVector<int>& widths, ResumeNext& guard)
+{
+    registerreport::Columns columns;
+    columns.widths = widths;
+    columns.alignments = QVector<int>(widths.size(), registerreport::kGridLeft);
+    columns.wrap = true;
+    if (!guard([&] {
+            if (!modbase().reportViewer)
+                throw Failure(err::ObjectNotSet, kSource, QStringLiteral("Object variable or With block variable not set"));
+            modbase().reportViewer->setsetcol130(true);
+        }))
+        return false;
+    return registerreport::show(kReportTitle, columns, int(table.rows.size()) + 1,
+                                [&](int row, int column) {
+                                    return row == 0 ? table.headings.value(column)
+                                                    : table.rows.at(row - 1).value(column);
+                                },
+                                guard);
+}
+
+QVector<int> textWidths(const Table& table)
+{
+    QVector<int> widths;
+    for (int c = 0; c < table.headings.size(); ++c) {
+        int longest = int(table.headings.at(c).size());
+        for (const QStringList& row : table.rows)
+            for (const QString& line : row.value(c).split(QLatin1Char('\n')))
+                longest = std::max(longest, int(line.trimmed().size()));
+        widths << std::min(longest, 60) * 8 + 16;
+    }
+    return widths;
 }
 
 } // namespace corvane::clientdetails

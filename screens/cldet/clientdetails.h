@@ -46,5 +46,14 @@ struct Table {
 // is not a list of numbers is logged and shows no natures.
 Table load(Connection& connection, const Choice& choice, ResumeNext& guard);
 
+inline const QString kReportTitle = QStringLiteral("Clients Details");
+
+// Hands the table to the context's report viewer as a wide report and shows
+// it ("VIEWREPORT"); widths are the grid's column widths. False when a step failed.
+bool showReport(const Table& table, const QVector<int>& widths, ResumeNext& guard);
+
+// Widths for a table that has no grid: the longest line of each column.
+QVector<int> textWidths(const Table& table);
+
 } // namespace clientdetails
 } // namespace corvane

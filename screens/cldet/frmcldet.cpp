@@ -111,6 +111,21 @@ void frmcldet::LOADGRID(const clientdetails::Choice& choice)
 void frmcldet::mnupreview_Click()
 {
     ResumeNext guard(module(), QStringLiteral("MNUPREVIEW_CLICK"));
+    QTableWidget* grid = ui->vsf;
+    clientdetails::Table table;
+    QVector<int> widths;
+    for (int c = 0; c < grid->columnCount(); ++c) {
+        table.headings << grid->horizontalHeaderItem(c)->text();
+        widths << grid->columnWidth(c);
+    }
+    for (int r = 0; r < grid->rowCount(); ++r) {
+        QStringList row;
+        for (int c = 0; c < grid->columnCount(); ++c)
+            row << (grid->item(r, c) ? grid->item(r, c)->text() : QString());
+        table.rows << row;
+    }
+    ResumeNext building(module(), QStringLiteral("VIEWREPORT"));
+    clientdetails::showReport(table, widths, building);
 }
 
 void frmcldet::mnuexit_Click()

@@ -75,7 +75,7 @@ bool create(const QString& title, const Columns& columns, int rowCount, const Ce
         const bool heading = row == 0;
         t1 = heading ? ones : zeros; // the heading row, repeated on every page
         t2 = ones;                   // every cell boxed
-        t3 = zeros;                  // one line per row
+        t3 = columns.wrap ? ones : zeros;
         t4 = heading ? ones : zeros; // headings bold
         MultiSpcJs1(values, shorts, longs, texts1, texts2, flag, t1, t2, t3, t4);
     }

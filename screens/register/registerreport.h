@@ -20,6 +20,7 @@ constexpr int kGridRight = 7;
 struct Columns {
     QVector<int> widths;       // one per visible column
     QVector<int> alignments;   // grid alignment values
+    bool wrap = false;         // cells may take several lines
 };
 
 // The widths and alignments of the register's six columns on a fresh grid.

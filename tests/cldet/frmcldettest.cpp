@@ -6,6 +6,7 @@
 #include "core/prompter.h"
 #include "screens/cldet/frmcldet.h"
 #include "support/clirunner.h"
+#include "support/pdftext.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -17,6 +18,7 @@
 #include <QGroupBox>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace corvane;
@@ -176,6 +178,24 @@ private slots:
         if (status == 1)
             QVERIFY(r.err.contains("Please select a Item"));
         QCOMPARE(IniFile::read(confg(), "Settings", "ClDet", "?"), QStringLiteral("100001000"));
+    }
+
+    void commandLinePrintsTheReport()
+    {
+        // GIVEN clients, one with two natures of business
+        QTemporaryDir out;
+        const QString pdf = out.filePath("clients.pdf");
+        // WHEN the report is written as PDF with code, name and natures
+        const CliResult r = runCli(QStringList{"--app-path", modbase().AppPath} + databaseArgs(*db)
+                                   + QStringList{"clients", "--fields", "110000010", "--output", pdf});
+        QCOMPARE(r.status, 0);
+        // THEN it carries the title, the headings and every client with its natures, and no other field
+        const QString text = pdfText(pdf);
+        for (const QString& expected : {"Clients Details", "Code No.", "Nature of Business(es)", "Apte", "Bose",
+                                        "Agriculture", "Trading"})
+            QVERIFY2(text.contains(expected), qPrintable(expected));
+        QVERIFY(!text.contains("PAN"));
+        QVERIFY(!text.contains("AAAPB1234B"));
     }
 };
 
