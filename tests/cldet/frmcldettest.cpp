@@ -191,7 +191,7 @@ private slots:
         QCOMPARE(r.status, 0);
         // THEN it carries the title, the headings and every client with its natures, and no other field
         const QString text = pdfText(pdf);
-        for (const QString& expected : {"Clients Details", "Code No.", "Nature of Business(es)", "Apte", "Bose",
+        for (const char* expected : {"Clients Details", "Code No.", "Nature of Business(es)", "Apte", "Bose",
                                         "Agriculture", "Trading"})
             QVERIFY2(text.contains(expected), qPrintable(expected));
         QVERIFY(!text.contains("PAN"));
