@@ -130,16 +130,7 @@ void setAttributes(zip_t* za, zip_int64_t index, const Item& item)
 
 zip_t* openNew(const QString& path)
 {
-    int code = 0;
-    zip_t* za = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
-    if (!za) {
-        zip_error_t error;
-        zip_error_init_with_code(&error, code);
-        const Failure failure = zipFailure(&error, path);
-        zip_error_fini(&error);
-        throw failure;
-    }
-    return za;
+    return openArchive(path, ZIP_CREATE | ZIP_TRUNCATE);
 }
 
 // Closes an archive being written; on failure it is discarded (nothing kept of it).

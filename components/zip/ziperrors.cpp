@@ -23,8 +23,13 @@ Failure errnoFailure(int number, const QString& what)
 
 zip_t* openToRead(const QString& path)
 {
+    return openArchive(path, ZIP_RDONLY | ZIP_CHECKCONS);
+}
+
+zip_t* openArchive(const QString& path, int flags)
+{
     int code = 0;
-    zip_t* za = zip_open(QFile::encodeName(path).constData(), ZIP_RDONLY | ZIP_CHECKCONS, &code);
+    zip_t* za = zip_open(QFile::encodeName(path).constData(), flags, &code);
     if (!za) {
         zip_error_t error;
         zip_error_init_with_code(&error, code);

@@ -17,6 +17,8 @@ Failure archiveFailure(zip_t* za, const QString& what);
 Failure errnoFailure(int number, const QString& what);
 
 // Opens an archive to read, checking its directory; throws Failure.
+// Opens an archive with libzip's flags; a failure names the file.
+zip_t* openArchive(const QString& path, int flags);
 zip_t* openToRead(const QString& path);
 
 } // namespace corvane::zip::detail

@@ -8,7 +8,7 @@ namespace corvane::backup {
 // system's reason; none follows a symbolic link out of the tree it works on.
 
 // Puts the existing `path` aside as `keptAs`: moved when both lie on one file
-// system, copied otherwise (the delete step removes the original then).
+// system, copied otherwise (the delete step then removes what is left at `path`).
 void keepExisting(const QString& path, const QString& keptAs);
 
 // Deletes a file or a whole folder; nothing to do when it is not there.
