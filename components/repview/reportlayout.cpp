@@ -6,6 +6,7 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QTextBoundaryFinder>
 
 namespace corvane {
 
@@ -65,7 +66,66 @@ QVector<double> ReportLayout::cellWidths(const ReportLine& line) const
     const double total = (line.inTable && document_.tableWidth > 0) ? qMax(double(document_.tableWidth), sum) : sum;
     for (int i = 0; i < n; ++i)
         widths[i] = total > 0 ? paper_.width() * qMax(0, line.cells.at(i).width) / total : paper_.width() / n;
-    return widths;
+    return line.inTable && !minimums_.isEmpty() ? widenToMinimums(widths) : widths;
+}
+
+// Columns narrower than their widest unbreakable word take it from the others,
+// in proportion to the widths the caller gave; the table keeps its width.
+QVector<double> ReportLayout::widenToMinimums(const QVector<double>& widths) const
+{
+    const int n = int(widths.size());
+    double room = 0;
+    for (double w : widths)
+        room += w;
+    QVector<bool> pinned(n, false);
+    for (int pass = 0; pass <= n; ++pass) {
+        double pinnedSum = 0, freeWeight = 0;
+        for (int i = 0; i < n; ++i) {
+            if (pinned[i])
+                pinnedSum += minimums_.value(i);
+            else
+                freeWeight += widths.at(i);
+        }
+        if (pinnedSum >= room || freeWeight <= 0)
+            break;
+        const double scale = (room - pinnedSum) / freeWeight;
+        bool changed = false;
+        for (int i = 0; i < n; ++i) {
+            if (!pinned[i] && widths.at(i) * scale < minimums_.value(i)) {
+                pinned[i] = true;
+                changed = true;
+            }
+        }
+        if (!changed) {
+            QVector<double> fitted(n);
+            for (int i = 0; i < n; ++i)
+                fitted[i] = pinned[i] ? minimums_.value(i) : widths.at(i) * scale;
+            return fitted;
+        }
+    }
+    // Even the words do not fit: shrink them all alike.
+    double wanted = 0;
+    for (int i = 0; i < n; ++i)
+        wanted += qMax(minimums_.value(i), 1.0);
+    QVector<double> fitted(n);
+    for (int i = 0; i < n; ++i)
+        fitted[i] = room * qMax(minimums_.value(i), 1.0) / wanted;
+    return fitted;
+}
+
+double ReportLayout::widestWord(const ReportLine& line, const ReportCell& cell) const
+{
+    const QFontMetricsF metrics(fontFor(line, cell), device_);
+    double widest = 0;
+    for (const QString& part : cell.text.split(QLatin1Char('\n'))) {
+        QTextBoundaryFinder finder(QTextBoundaryFinder::Line, part);
+        qsizetype start = 0;
+        for (qsizetype end = finder.toNextBoundary(); end > 0; end = finder.toNextBoundary()) {
+            widest = qMax(widest, metrics.horizontalAdvance(part.mid(start, end - start).trimmed()));
+            start = end;
+        }
+    }
+    return widest;
 }
 
 double ReportLayout::lineHeight(const ReportLine& line) const
@@ -101,6 +161,20 @@ int ReportLayout::paginate(const QPaintDevice& device, const QPageLayout& layout
     padding_ = 2.0 * perPoint;
     footer_ = QFontMetricsF(fontFor(ReportLine{}, ReportCell{}), device_).height() + 6 * perPoint;
     const double room = paper_.height() - footer_;
+
+    // Only wrapped cells are measured word by word: the long plain registers stay fast.
+    minimums_.clear();
+    for (const ReportLine& line : document_.lines) {
+        if (!line.inTable)
+            continue;
+        for (int i = 0; i < line.cells.size(); ++i) {
+            if (!line.cells.at(i).has(ReportCell::Wrap))
+                continue;
+            if (minimums_.size() <= i)
+                minimums_.resize(i + 1, 0.0);
+            minimums_[i] = qMax(minimums_.at(i), widestWord(line, line.cells.at(i)) + 2 * padding_ + 1);
+        }
+    }
 
     pages_.clear();
     heights_.clear();

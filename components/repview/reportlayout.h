@@ -46,10 +46,13 @@ private:
     double lineHeight(const ReportLine& line) const;
     double paintLine(QPainter& painter, const ReportLine& line, double y) const;
     QVector<double> cellWidths(const ReportLine& line) const;
+    QVector<double> widenToMinimums(const QVector<double>& widths) const;
+    double widestWord(const ReportLine& line, const ReportCell& cell) const;
 
     const ReportDocument& document_;
     QVector<Page> pages_;
     QVector<double> heights_;
+    QVector<double> minimums_; // per table column: its widest unbreakable word, wrapped columns only
     const QPaintDevice* device_ = nullptr;
     QRectF paper_;       // the printable rectangle in device pixels
     double footer_ = 0;  // room kept for the page number

@@ -28,6 +28,9 @@ frmcldet::frmcldet(QWidget* parent)
     mnuexit_->setObjectName(QStringLiteral("mnuexit"));
     layout()->setMenuBar(menu);
 
+    // Alt+P is also the menu's Preview: Enter proceeds without the ambiguity.
+    ui->cmdProceed->setDefault(true);
+
     connect(ui->cmdselall, &QPushButton::clicked, this, &frmcldet::cmdselall_Click);
     connect(ui->cmddselall, &QPushButton::clicked, this, &frmcldet::cmddselall_Click);
     connect(ui->cmdProceed, &QPushButton::clicked, this, &frmcldet::cmdProceed_Click);

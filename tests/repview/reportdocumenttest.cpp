@@ -96,6 +96,28 @@ private slots:
         QCOMPARE(l.cells.at(0).text, QStringLiteral("Bold"));
     }
 
+    void wrappedColumnKeepsItsWordsWhole()
+    {
+        // GIVEN a wrapped table whose caller gave the PAN a sliver beside a very wide address
+        ReportRecorder viewer;
+        viewer.NewReport();
+        viewer.CreateTable(3, 0);
+        const QString address = QStringLiteral("UNIT 4, KAMALA MILLS COMPOUND, LOWER PAREL, ").repeated(5);
+        line(viewer, {"Code", "PAN", "Address"}, QStringLiteral("111"), {40, 10, 900}, {}, false, QStringLiteral("111"));
+        line(viewer, {"A001", "AABCA1234K", address}, QStringLiteral("000"), {40, 10, 900}, {}, false, QStringLiteral("111"));
+        // WHEN it is written as PDF
+        const QString path = dir.filePath(QStringLiteral("wrapped.pdf"));
+        QVERIFY(ReportLayout::writePdf(viewer.document(), path));
+        // THEN the PAN ends before the address on its line begins
+        const QVector<test::PdfWord> words = test::pdfWords(path);
+        const auto pan = std::find_if(words.begin(), words.end(), [](const auto& w) { return w.text == "AABCA1234K"; });
+        QVERIFY(pan != words.end());
+        const auto next = std::find_if(words.begin(), words.end(),
+                                       [&](const auto& w) { return w.text == "UNIT" && qAbs(w.top - pan->top) < 1; });
+        QVERIFY(next != words.end());
+        QVERIFY2(pan->right <= next->left, qPrintable(QStringLiteral("%1 > %2").arg(pan->right).arg(next->left)));
+    }
+
     void csvHasOneHeadingRowThenTheData()
     {
         ReportRecorder viewer;
