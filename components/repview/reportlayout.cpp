@@ -97,7 +97,7 @@ QVector<double> ReportLayout::widenToMinimums(const QVector<double>& widths) con
             }
         }
         if (!changed) {
-            QVector<double> fitted(n);
+            QVector<double> fitted = widths;
             for (int i = 0; i < n; ++i)
                 fitted[i] = pinned[i] ? minimums_.value(i) : widths.at(i) * scale;
             return fitted;
@@ -107,7 +107,7 @@ QVector<double> ReportLayout::widenToMinimums(const QVector<double>& widths) con
     double wanted = 0;
     for (int i = 0; i < n; ++i)
         wanted += qMax(minimums_.value(i), 1.0);
-    QVector<double> fitted(n);
+    QVector<double> fitted = widths;
     for (int i = 0; i < n; ++i)
         fitted[i] = room * qMax(minimums_.value(i), 1.0) / wanted;
     return fitted;
