@@ -12,6 +12,26 @@ namespace corvane::cli {
 
 namespace {
 
+// The closing message of the restore goes to standard output (and, when the
+// data was not restored, to standard error) once, not once more through the
+// terminal's prompter; questions still go to the terminal.
+class ClosingMessages : public Prompter {
+public:
+    explicit ClosingMessages(Prompter& terminal) : terminal_(terminal) {}
+    Answer ask(const Question& question) override
+    {
+        if (!holding || question.buttons != Buttons::OK)
+            return terminal_.ask(question);
+        held << question.text;
+        return Answer::OK;
+    }
+    bool holding = false;
+    QStringList held;
+
+private:
+    Prompter& terminal_;
+};
+
 int runRestore(Invocation& inv)
 {
     const bool manual = inv.has(QStringLiteral("--db-folder")) || inv.has(QStringLiteral("--data-folder"));
@@ -44,7 +64,8 @@ int runRestore(Invocation& inv)
     choice.dataDirectory = inv.option(QStringLiteral("--data-dir"), inv.appPath);
 
     TerminalProgress progress(inv.err, QStringLiteral("restore"));
-    backup::RestoreJob job(connection.get(), prompter(), progress);
+    ClosingMessages messages(prompter());
+    backup::RestoreJob job(connection.get(), messages, progress);
     job.stage = [&](const QString& text) {
         if (!text.isEmpty())
             progress.setText(text);
@@ -63,17 +84,28 @@ int runRestore(Invocation& inv)
         return 0;
     }
 
+    messages.holding = true;
     const auto outcome = job.restore();
     progress.finish();
+    const bool restored = outcome == backup::RestoreJob::Outcome::Restored;
     for (const auto& row : job.rows())
         inv.out << row.item.source << '\t' << row.item.destination << '\t' << backup::kindMark(row.item.kind) << '\t'
                 << (row.status.isEmpty() ? QStringLiteral("Not Restored.") : row.status) << '\n';
-    if (!job.lastMessage().isEmpty())
-        inv.out << job.lastMessage() << '\n';
+    if (!messages.held.contains(job.lastMessage()))
+        messages.held << job.lastMessage();
+    for (const QString& message : std::as_const(messages.held)) {
+        if (message.isEmpty())
+            continue;
+        if (message == job.lastMessage())
+            inv.out << message << '\n';
+        if (!restored || message != job.lastMessage())
+            inv.err << message << '\n';
+    }
     inv.out.flush();
+    inv.err.flush();
     job.removeExtraction();
 
-    int status = outcome == backup::RestoreJob::Outcome::Restored ? 0 : 1;
+    int status = restored ? 0 : 1;
     if (job.aborted()) {
         inv.err << "corvane restore: aborted; the rows after the failed step were not restored" << Qt::endl;
         status = 1;

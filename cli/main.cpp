@@ -14,6 +14,7 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QDir>
+#include <QTemporaryDir>
 #include <QFileInfo>
 #include <algorithm>
 #include <cstdio>
@@ -247,7 +248,9 @@ int run(int& argc, char** argv, const QStringList& args, QTextStream& out, QText
     if (!yearOk)
         throw UsageError("--year takes a year such as 2008");
     m.Code = inv.code;
-    m.vTmpPath = QDir::tempPath() + QLatin1Char('/');
+    // A folder of this run's own: an extraction never meets another user's files in /tmp.
+    const QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/corvane-XXXXXX"));
+    m.vTmpPath = (scratch.isValid() ? scratch.path() : QDir::tempPath()) + QLatin1Char('/');
     m.prompter = std::make_shared<ConsolePrompter>(policy, err);
     m.chooser = std::make_shared<ConsoleChooser>();
 
