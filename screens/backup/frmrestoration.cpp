@@ -215,6 +215,7 @@ void frmrestoration::cmdproceed_Click()
     ui->pg1->setValue(0);
     ui->lblprog->clear();
     showPage(1);
+    fitColumns(); // now that the list has its size
 }
 
 void frmrestoration::fillGrid()
@@ -226,10 +227,31 @@ void frmrestoration::fillGrid()
         const auto& row = rows.at(i);
         const QStringList cells{QDir::toNativeSeparators(row.item.source), QDir::toNativeSeparators(row.item.destination),
                                 backup::kindMark(row.item.kind), row.status};
-        for (int c = 0; c < cells.size(); ++c)
-            ui->vsf->setItem(i, c, new QTableWidgetItem(cells.at(c)));
+        for (int c = 0; c < cells.size(); ++c) {
+            auto* item = new QTableWidgetItem(cells.at(c));
+            if (c < 2)
+                item->setToolTip(cells.at(c));
+            ui->vsf->setItem(i, c, item);
+        }
     }
-    ui->vsf->resizeColumnsToContents();
+    fitColumns();
+}
+
+// The source path is the long and least telling column: it gives way (its
+// start elided, the whole path in its tip) so that the kind and the status of
+// every row stay in sight.
+void frmrestoration::fitColumns()
+{
+    QTableWidget* grid = ui->vsf;
+    grid->setWordWrap(false);
+    grid->setTextElideMode(Qt::ElideLeft);
+    grid->resizeColumnsToContents();
+    const int status = std::max(grid->columnWidth(3),
+                                grid->fontMetrics().horizontalAdvance(QStringLiteral("Restroing File Error Ignored by User.")) + 16);
+    grid->setColumnWidth(3, status);
+    const int room = grid->viewport()->width() - grid->columnWidth(1) - grid->columnWidth(2) - status;
+    if (grid->columnWidth(0) > room)
+        grid->setColumnWidth(0, std::max(room, grid->fontMetrics().horizontalAdvance(QLatin1Char('x')) * 20));
 }
 
 void frmrestoration::showStatus(int row)

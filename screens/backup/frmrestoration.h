@@ -47,6 +47,7 @@ private:
     void Form_Load();
     void showPage(int page);
     void fillGrid();
+    void fitColumns();
     void showStatus(int row);
     QString module() const { return objectName(); }
 
