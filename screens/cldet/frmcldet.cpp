@@ -11,6 +11,8 @@
 #include <QHeaderView>
 #include <QMenuBar>
 
+#include <algorithm>
+
 namespace corvane {
 
 frmcldet::frmcldet(QWidget* parent)
@@ -108,6 +110,11 @@ void frmcldet::LOADGRID(const clientdetails::Choice& choice)
         }
     }
     grid->resizeColumnsToContents();
+    // An address on one line would push every later column out of sight: long
+    // texts wrap within a readable width instead.
+    const int widest = grid->fontMetrics().averageCharWidth() * 36;
+    for (int c = 0; c < grid->columnCount(); ++c)
+        grid->setColumnWidth(c, std::min(grid->columnWidth(c), widest));
     grid->resizeRowsToContents();
 }
 
