@@ -35,11 +35,12 @@ public:
         if (phases_.isEmpty() || phases_.last().first != phase)
             phases_.append({phase, clock_.elapsed()});
     }
+    void stop() { end_ = clock_.elapsed(); }
     QString summary() const
     {
         QStringList parts;
         for (int i = 0; i < phases_.size(); ++i) {
-            const qint64 end = i + 1 < phases_.size() ? phases_.at(i + 1).second : clock_.elapsed();
+            const qint64 end = i + 1 < phases_.size() ? phases_.at(i + 1).second : end_;
             parts << QStringLiteral("%1 %2 s").arg(phases_.at(i).first).arg(double(end - phases_.at(i).second) / 1000.0, 0, 'f', 2);
         }
         return parts.join(QStringLiteral(", "));
@@ -48,6 +49,7 @@ public:
 private:
     QElapsedTimer clock_;
     QList<QPair<QString, qint64>> phases_;
+    qint64 end_ = 0;
 };
 
 // The same work with the standard tools, one after another.
@@ -93,6 +95,7 @@ int main(int argc, char** argv)
             [&] {
                 progress = std::make_unique<PhaseProgress>();
                 archive = bench::backUp(*connection, ours, *progress);
+                progress->stop();
             },
             [&] { standardTools(server, dataDir, tables, tools); },
             [&] { QDir(ours).removeRecursively(); }, [&] { QDir(tools).removeRecursively(); });

@@ -119,6 +119,8 @@ void gridAgainstClient(const bench::BenchServer& server, int clients)
                   QStringLiteral("register of %1 clients x 3 years into the grid").arg(QLocale(QLocale::English).toString(clients)),
                   grid, client, bench::peakMemoryMb(), QStringLiteral("ratio <= 1.5"));
 
+    if (bench::quick())
+        return;
     // The print preview of the same register: the time from the call until its pages are shown.
     auto recorder = std::make_shared<ReportRecorder>();
     modbase().reportViewer = recorder;
@@ -151,7 +153,8 @@ void memory(const bench::BenchServer& server, int clients)
     }
     std::vector<double> times;
     double peak = 0;
-    for (int i = 0; i < bench::repetitions(); ++i) {
+    // Memory is the figure here: one run does in a quick run.
+    for (int i = 0; i < (bench::quick() ? 1 : bench::repetitions()); ++i) {
         QProcess child;
         child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         child.start(QCoreApplication::applicationFilePath(),

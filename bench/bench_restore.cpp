@@ -5,6 +5,7 @@
 #include "bench/backupsupport.h"
 #include "bench/benchdata.h"
 #include "bench/benchsupport.h"
+#include "components/zip/zipcomponent.h"
 #include "core/failure.h"
 #include "core/modbase.h"
 #include "core/progress.h"
@@ -77,6 +78,7 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     return bench::guarded(QStringLiteral("bench_restore"), [] {
+        registerZipComponent();
         QString archive;
         {
             bench::BenchServer server(bench::kSharedDatabase);

@@ -328,7 +328,7 @@ int makeDatabase(Connection& connection, int megabytes, const std::function<void
     const QString code = codeSql(QStringLiteral("seq * 7919 MOD %1").arg(clients));
     const QString amount = QStringLiteral("2500 + (seq * 7907 MOD 400) * 125");
     const qint64 target = qint64(megabytes) * 1024 * 1024;
-    constexpr qint64 kBillChunk = 200000;
+    constexpr qint64 kBillChunk = 25000; // about 14 MB, so that the size is met closely
     for (qint64 first = 1; databaseBytes(connection) < target; first += kBillChunk) {
         const QString range = QStringLiteral("seq_%1_to_%2").arg(first).arg(first + kBillChunk - 1);
         connection.execute(
@@ -352,7 +352,8 @@ int makeDatabase(Connection& connection, int megabytes, const std::function<void
             + range + QStringLiteral(" WHERE seq MOD 5 <> 0"));
         connection.execute(QStringLiteral("INSERT INTO recp_det (recpid, billid, amount) SELECT seq, seq, %1 FROM ").arg(amount)
                            + range + QStringLiteral(" WHERE seq MOD 5 <> 0"));
-        say(QStringLiteral("  %1 MB of %2").arg(databaseBytes(connection) / 1048576).arg(megabytes));
+        if (first % (kBillChunk * 8) == 1)
+            say(QStringLiteral("  %1 MB of %2").arg(databaseBytes(connection) / 1048576).arg(megabytes));
     }
     connection.execute(QStringLiteral("CREATE TABLE bench_made (megabytes INT)"));
     connection.execute(QStringLiteral("INSERT INTO bench_made VALUES (%1)").arg(megabytes));
