@@ -1,8 +1,12 @@
-// Times the restoration of a generated backup archive against the same work
-// done by standard tools in the same run: unzip -q of the archive, then cp -r
-// of its database folder into place.
-//   bench_restore [MB]     about MB of table files in the archive (default 200)
+// The restoration of the backup benchmark's archive of the shared database
+// (made here when missing) against the same work done by standard tools:
+// unzip -q of the archive, then cp -r of its database folder into place.
+//   bench_restore
+#include "bench/backupsupport.h"
+#include "bench/benchdata.h"
+#include "bench/benchsupport.h"
 #include "components/zip/zipcomponent.h"
+#include "core/failure.h"
 #include "core/modbase.h"
 #include "core/progress.h"
 #include "core/prompter.h"
@@ -10,68 +14,62 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
+#include <QDirIterator>
 #include <QFile>
-#include <QProcess>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
-#include <QTextStream>
+#include <QFileInfo>
 
 using namespace corvane;
 
 namespace {
 
-const QString kDatabase = QStringLiteral("fbtbench");
-constexpr int kTables = 4;
-
-// Rows of text much like a client table's data file: compressible, not trivially.
-bool writeTableFile(const QString& path, qint64 bytes)
+// A MySQL directory holding an older copy of the database, and an application folder.
+void prepareDestination(const QString& root, bool withOldCopy)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QRandomGenerator random(42);
-    QByteArray block;
-    qint64 written = 0;
-    for (qint64 row = 1; written < bytes; ++row) {
-        block += QStringLiteral("C%1|NAME OF CLIENT %2 %3|2008-04-%4|%5.25\n")
-                     .arg(row % 5000)
-                     .arg(row)
-                     .arg(random.generate64(), 16, 16, QLatin1Char('0'))
-                     .arg(row % 28 + 1, 2, 10, QLatin1Char('0'))
-                     .arg(random.bounded(1000000))
-                     .toLatin1();
-        if (block.size() >= (1 << 20)) {
-            if (file.write(block) != block.size())
-                return false;
-            written += block.size();
-            block.clear();
+    QDir(root).removeRecursively();
+    const QString database = root + QStringLiteral("/mysql/") + bench::kSharedDatabase;
+    QDir().mkpath(root + QStringLiteral("/mysql/mysql"));
+    QDir().mkpath(root + QStringLiteral("/app"));
+    QDir().mkpath(root + QStringLiteral("/tmp"));
+    QFile(root + QStringLiteral("/app/FBT")).open(QIODevice::WriteOnly);
+    if (!withOldCopy)
+        return;
+    QDir().mkpath(database);
+    for (const char* table : {"fbt_info", "fbt_addinfo", "bill_main"})
+        for (const char* ext : {".MYD", ".MYI", ".frm"}) {
+            QFile file(database + QLatin1Char('/') + QLatin1String(table) + QLatin1String(ext));
+            file.open(QIODevice::WriteOnly);
+            file.write(QByteArray(64 * 1024, 'x'));
         }
-    }
-    return file.write(block) == block.size();
 }
 
-bool run(const QString& program, const QStringList& args)
+// The database folder inside the extracted archive.
+QString extractedDatabase(const QString& extraction)
 {
-    QProcess p;
-    p.start(program, args);
-    if (!p.waitForFinished(-1) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
-        QTextStream(stderr) << program << " failed: " << p.readAllStandardError() << Qt::endl;
-        return false;
+    QDirIterator it(extraction, {bench::kSharedDatabase}, QDir::Dirs, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        if (QFileInfo(path).dir().dirName() == QStringLiteral("SQLDATA"))
+            return path;
     }
-    return true;
+    throw Failure(1, QStringLiteral("bench"), QStringLiteral("no database folder in the extracted archive"));
 }
 
-// A MySQL directory holding the old copy of the database, and an application folder.
-void prepareDestination(const QString& mysql, const QString& app, qint64 bytes)
+void restore(const QString& archive, const QString& root)
 {
-    QDir().mkpath(mysql + QStringLiteral("/mysql"));
-    QDir().mkpath(mysql + QLatin1Char('/') + kDatabase);
-    for (int t = 0; t < kTables; ++t)
-        writeTableFile(QStringLiteral("%1/%2/old_%3.MYD").arg(mysql, kDatabase).arg(t), bytes / kTables / 4);
-    QDir().mkpath(app);
-    QFile program(app + QStringLiteral("/FBT"));
-    program.open(QIODevice::WriteOnly);
+    Modbase& m = modbase();
+    m.AppPath = root + QStringLiteral("/app");
+    m.vTmpPath = root + QStringLiteral("/tmp/");
+    auto prompter = std::make_shared<ScriptedPrompter>();
+    m.prompter = prompter;
+    NullProgress progress;
+    backup::RestoreJob job(nullptr, *prompter, progress);
+    backup::RestoreJob::Choice choice;
+    choice.archive = archive;
+    choice.mysqlDirectory = root + QStringLiteral("/mysql");
+    choice.dataDirectory = m.AppPath;
+    const bool listed = job.proceed(choice);
+    if (!listed || job.restore() != backup::RestoreJob::Outcome::Restored)
+        throw Failure(1, QStringLiteral("bench"), QStringLiteral("the restoration failed: ") + prompter->texts().join(QLatin1Char(' ')));
 }
 
 } // namespace
@@ -79,82 +77,30 @@ void prepareDestination(const QString& mysql, const QString& app, qint64 bytes)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    QTextStream out(stdout);
-    const int megabytes = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 200;
-    if (megabytes <= 0) {
-        QTextStream(stderr) << "usage: bench_restore [MB]" << Qt::endl;
-        return 2;
-    }
-    QTemporaryDir dir;
-    const qint64 bytes = qint64(megabytes) * 1024 * 1024;
-
-    // The backup: table files, the exports, the settings, packed by our archiver.
-    const QString staging = dir.filePath(QStringLiteral("FBTbench"));
-    QDir().mkpath(staging + QStringLiteral("/SQLDATA/") + kDatabase);
-    QDir().mkpath(staging + QStringLiteral("/Tables"));
-    out << "generating about " << megabytes << " MB of table files" << Qt::endl;
-    for (int t = 0; t < kTables; ++t)
-        if (!writeTableFile(QStringLiteral("%1/SQLDATA/%2/bench_%3.MYD").arg(staging, kDatabase).arg(t), bytes / kTables)) {
-            QTextStream(stderr) << "bench_restore: cannot write the table files" << Qt::endl;
-            return 1;
+    return bench::guarded(QStringLiteral("bench_restore"), [] {
+        registerZipComponent();
+        QString archive;
+        {
+            bench::BenchServer server(bench::kSharedDatabase);
+            archive = bench::sharedArchive(server);
         }
-    writeTableFile(staging + QStringLiteral("/Tables/bench_0"), 1 << 20);
-    writeTableFile(staging + QStringLiteral("/Confg.ini"), 1024);
-    registerZipComponent();
-    const QString archive = dir.filePath(QStringLiteral("FBTbench.ZIP"));
-    {
-        NullProgress progress;
-        auto zip = CreateObject<ZipLib>(kZipLibClass);
-        if (zip->ZipMyFolder(QStringLiteral("ZIPME"), QString(), archive, staging, &progress) != 0) {
-            QTextStream(stderr) << "bench_restore: the archive could not be written" << Qt::endl;
-            return 1;
-        }
-    }
-    QDir(staging).removeRecursively();
-    // Read once so that both runs find the archive in the page cache.
-    run(QStringLiteral("cat"), {archive});
-
-    // The standard tools.
-    const QString toolsMysql = dir.filePath(QStringLiteral("tools/mysql"));
-    prepareDestination(toolsMysql, dir.filePath(QStringLiteral("tools/app")), bytes);
-    QDir(toolsMysql + QLatin1Char('/') + kDatabase).removeRecursively();
-    const QString toolsOut = dir.filePath(QStringLiteral("tools/extract"));
-    QElapsedTimer clock;
-    clock.start();
-    if (!run(QStringLiteral("unzip"), {QStringLiteral("-q"), archive, QStringLiteral("-d"), toolsOut})
-        || !run(QStringLiteral("cp"), {QStringLiteral("-r"), toolsOut + QStringLiteral("/FBTbench/SQLDATA/") + kDatabase,
-                                       toolsMysql + QLatin1Char('/') + kDatabase}))
-        return 1;
-    const double tools = double(clock.elapsed()) / 1000.0;
-
-    // Ours: the old copy kept, the backup put in place, the extraction removed.
-    const QString mysql = dir.filePath(QStringLiteral("ours/mysql"));
-    const QString appPath = dir.filePath(QStringLiteral("ours/app"));
-    prepareDestination(mysql, appPath, bytes);
-    Modbase& m = modbase();
-    m.AppPath = appPath;
-    m.vTmpPath = dir.filePath(QStringLiteral("ours/tmp/"));
-    QDir().mkpath(m.vTmpPath);
-    auto prompter = std::make_shared<ScriptedPrompter>();
-    m.prompter = prompter;
-    NullProgress progress;
-    backup::RestoreJob job(nullptr, *prompter, progress);
-    backup::RestoreJob::Choice choice;
-    choice.archive = archive;
-    choice.mysqlDirectory = mysql;
-    choice.dataDirectory = appPath;
-    clock.restart();
-    const bool listed = job.proceed(choice);
-    const auto outcome = listed ? job.restore() : backup::RestoreJob::Outcome::Refused;
-    const double ours = double(clock.elapsed()) / 1000.0;
-    if (outcome != backup::RestoreJob::Outcome::Restored) {
-        QTextStream(stderr) << "bench_restore: " << prompter->texts().join(QLatin1Char(' ')) << Qt::endl;
-        return 1;
-    }
-    out << QStringLiteral("archive:               %1 MB\n").arg(double(QFileInfo(archive).size()) / 1048576.0, 0, 'f', 1)
-        << QStringLiteral("unzip -q + cp -r:      %1 s\n").arg(tools, 0, 'f', 2)
-        << QStringLiteral("restore:               %1 s\n").arg(ours, 0, 'f', 2)
-        << QStringLiteral("ratio:                 %1 (restore / tools; at most 1.0 wanted)\n").arg(ours / tools, 0, 'f', 2)
-        << Qt::flush;
-    return 0;
+        // Read once so that both sides find the archive in the page cache.
+        bench::run(QStringLiteral("cat"), {archive}, {}, QStringLiteral("/dev/null"));
+        const QString ours = bench::workFolder() + QStringLiteral("/restore-ours");
+        const QString tools = bench::workFolder() + QStringLiteral("/restore-tools");
+        const auto [oursSeconds, toolsSeconds] = bench::alternate(
+            bench::repetitions(), [&] { restore(archive, ours); },
+            [&] {
+                const QString extraction = tools + QStringLiteral("/extract");
+                bench::run(QStringLiteral("unzip"), {QStringLiteral("-q"), archive, QStringLiteral("-d"), extraction});
+                bench::run(QStringLiteral("cp"), {QStringLiteral("-r"), extractedDatabase(extraction),
+                                                  tools + QStringLiteral("/mysql/") + bench::kSharedDatabase});
+            },
+            [&] { prepareDestination(ours, true); }, [&] { prepareDestination(tools, false); });
+        QDir(ours).removeRecursively();
+        QDir(tools).removeRecursively();
+        bench::report(QStringLiteral("restore"),
+                      QStringLiteral("restore of that archive (%1 MB)").arg(QFileInfo(archive).size() / 1048576),
+                      oursSeconds, toolsSeconds, bench::peakMemoryMb(), QStringLiteral("ratio <= 1.0"));
+    });
 }

@@ -11,6 +11,8 @@
 #include <QDir>
 #include <QIcon>
 #include <QSocketNotifier>
+#include <QTextStream>
+#include <QTimer>
 
 #include <csignal>
 #include <sys/socket.h>
@@ -71,6 +73,11 @@ int main(int argc, char* argv[])
                                                           "~/.local/share/orv-softworks/FBT when that cannot be written."),
                                            QStringLiteral("DIR"));
     parser.addOption(appPathOption);
+    // For the start benchmark: the time up to a drawn window, without the user.
+    QCommandLineOption quitWhenShownOption(QStringLiteral("quit-when-shown"),
+                                           QStringLiteral("Print \"shown\" and quit once the main window is drawn."));
+    quitWhenShownOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(quitWhenShownOption);
     parser.process(app);
     closeOnSignals(app);
 
@@ -107,6 +114,12 @@ int main(int argc, char* argv[])
     {
         MainWindow window(cls, session);
         window.show();
+        if (parser.isSet(quitWhenShownOption))
+            QTimer::singleShot(0, &window, [&window] {
+                window.repaint();
+                QTextStream(stdout) << "shown" << Qt::endl;
+                window.close();
+            });
         status = app.exec();
     }
     session.finish();
