@@ -196,9 +196,9 @@ private slots:
             QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == old.size());
         }
         QTemporaryDir backup;
-        QVERIFY(QDir().mkpath(backup.filePath(QStringLiteral("db/fbt"))) && QDir().mkpath(backup.filePath(QStringLiteral("data/Data"))));
+        QVERIFY(QDir().mkpath(backup.filePath(QStringLiteral("FBT"))) && QDir().mkpath(backup.filePath(QStringLiteral("data/Data"))));
         {
-            QFile f(backup.filePath(QStringLiteral("db/fbt/a.MYD")));
+            QFile f(backup.filePath(QStringLiteral("FBT/a.MYD")));
             QVERIFY(f.open(QIODevice::WriteOnly) && f.write(QByteArray(512 * 1024, 'n')) == 512 * 1024);
         }
         disk_->fill();
@@ -212,7 +212,7 @@ private slots:
         RestoreJob job(nullptr, *answers, progress);
         RestoreJob::Choice choice;
         choice.mode = RestoreJob::Mode::Manual;
-        choice.databasesFolder = backup.filePath(QStringLiteral("db"));
+        choice.databasesFolder = backup.filePath(QStringLiteral("FBT"));
         choice.dataFolder = backup.filePath(QStringLiteral("data"));
         choice.mysqlDirectory = mysql + QLatin1Char('/');
         choice.dataDirectory = app + QLatin1Char('/');
