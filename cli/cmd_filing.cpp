@@ -89,15 +89,15 @@ int runFiling(Invocation& inv)
         }
 
         ResumeNext guard(QStringLiteral("Pending"), QStringLiteral("CMDSAVE_CLICK"));
-        const filing::Outcome outcome =
-            filing::saveClient(*connection, entries, filing::ClientSave{code, date, number}, item, *prompter, guard);
+        const filing::ClientSave save{code, date, number};
+        const filing::Outcome outcome = filing::saveClient(*connection, entries, save, item, *prompter, guard);
         if (outcome == filing::Outcome::Failed) {
             inv.err << "corvane: the filing details of " << code << " could not be written (logged in "
                     << logFilePath() << ")" << Qt::endl;
             return 1;
         }
         if (outcome != filing::Outcome::Saved)
-            throw Refusal{filing::message(outcome, item)};
+            throw Refusal{filing::message(outcome, item, save)};
         const Entry& saved = entries.at(index);
         inv.err << "client " << code << ", " << item << ": date of filing "
                 << (saved[EntryDate].isEmpty() ? QStringLiteral("(none)") : saved[EntryDate]) << ", acknowledgement no. "
@@ -129,8 +129,9 @@ const CommandRegistration registration({
         "              clears the date of interest calculation; \"todate\" is never changed.\n"
         "\n"
         "Exit status 1 with the message: \"Client Code does not Exists.\",\n"
-        "\"Date Should be on or after 01/04/YYYY\", \"Please Specify a Valid Date.\", or a\n"
-        "statement that failed.\n"),
+        "\"Date Should be on or after 01/04/YYYY\", \"Please Specify a Valid Date.\", an\n"
+        "acknowledgement number longer than the 30 characters stored, or a statement\n"
+        "that failed.\n"),
     {QStringLiteral("--date"), QStringLiteral("--ack"), QStringLiteral("--interest")},
     {},
     runFiling,

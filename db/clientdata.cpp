@@ -3,6 +3,7 @@
 #include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/recordset.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 
 namespace corvane {
@@ -38,7 +39,7 @@ QString tooLong(Connection& connection, const QString& newCd)
                                 "and character_maximum_length is not null order by 2, 1"),
                  connection);
     QString problem;
-    const qsizetype length = newCd.toUcs4().size();
+    const qsizetype length = schema::storedLength(newCd);
     if (!columns.eof() && length > columns.field(1).toLongLong())
         problem = QStringLiteral("The new client code %1 has %2 characters; code_no of %3 holds at most %4")
                       .arg(newCd)

@@ -28,8 +28,8 @@ Failure Connection::failureFrom(const QSqlError& error, const QString& source)
     return Failure(number, source, text);
 }
 
-Connection::Connection()
-    : name_(QStringLiteral("corvane-%1").arg(g_counter.fetchAndAddRelaxed(1)))
+Connection::Connection(Watch watch)
+    : name_(QStringLiteral("corvane-%1").arg(g_counter.fetchAndAddRelaxed(1))), watchMode_(watch)
 {
 }
 
@@ -71,10 +71,18 @@ void Connection::open(const ConnectionSettings& settings, bool createDatabase)
         execute(QStringLiteral("CREATE DATABASE IF NOT EXISTS %1 CHARACTER SET utf8mb4").arg(sqlName(settings.database)));
         execute(QStringLiteral("USE %1").arg(sqlName(settings.database)));
     }
+    if (watchMode_ == Watch::On) {
+        const Result id = query(QStringLiteral("SELECT CONNECTION_ID()"));
+        ConnectionSettings probe = settings;
+        if (createDatabase)
+            probe.database.clear(); // the watch needs no database, and may start before it exists
+        watch_ = std::make_unique<StallWatch>(probe, id.rows.value(0).value(0).toLongLong(), timing_);
+    }
 }
 
 void Connection::close()
 {
+    watch_.reset();
     if (db_.isValid()) {
         db_.close();
         db_ = QSqlDatabase();
@@ -92,6 +100,19 @@ QString Connection::databaseName() const
     return settings_.database;
 }
 
+void Connection::run(QSqlQuery& q, const QString& sql)
+{
+    if (watch_)
+        watch_->begin();
+    const bool ok = q.exec(sql);
+    std::optional<Failure> stopped = watch_ ? watch_->end() : std::nullopt;
+    if (ok)
+        return;
+    if (stopped)
+        throw *stopped;
+    throw failureFrom(q.lastError(), kDbSource);
+}
+
 static void requireOpen(const QSqlDatabase& db)
 {
     if (!db.isValid() || !db.isOpen())
@@ -102,8 +123,7 @@ int Connection::execute(const QString& sql)
 {
     requireOpen(db_);
     QSqlQuery q(db_);
-    if (!q.exec(sql))
-        throw failureFrom(q.lastError(), kDbSource);
+    run(q, sql);
     return q.numRowsAffected();
 }
 
@@ -112,8 +132,7 @@ Connection::Result Connection::query(const QString& sql)
     requireOpen(db_);
     QSqlQuery q(db_);
     q.setForwardOnly(true);
-    if (!q.exec(sql))
-        throw failureFrom(q.lastError(), kDbSource);
+    run(q, sql);
     Result result;
     result.hasResult = q.isSelect();
     result.columns = q.record();

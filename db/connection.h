@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/connectionsettings.h"
+#include "db/stallwatch.h"
 
 #include <QSqlDatabase>
 #include <QSqlRecord>
@@ -8,15 +9,17 @@
 #include <QVariant>
 #include <QVector>
 
-namespace corvane {
+class QSqlQuery;
 
-class Failure;
+namespace corvane {
 
 // The open connection the host hands the component (CnnObj). Every failure
 // throws Failure with the MySQL error number, a source and the server's text.
 class Connection {
 public:
-    Connection();
+    // Watch::On: a statement stuck on a full disk fails instead of waiting (see StallWatch).
+    enum class Watch { On, Off };
+    explicit Connection(Watch watch = Watch::On);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -36,6 +39,9 @@ public:
     };
     Result query(const QString& sql);
 
+    // When the watch looks at a running statement; takes effect on the next open.
+    void setStallTiming(StallTiming timing) { timing_ = timing; }
+
     QString databaseName() const;
     const ConnectionSettings& settings() const { return settings_; }
     QSqlDatabase& database() { return db_; }
@@ -47,6 +53,12 @@ private:
     QString name_;
     QSqlDatabase db_;
     ConnectionSettings settings_;
+    Watch watchMode_;
+    StallTiming timing_;
+    std::unique_ptr<StallWatch> watch_;
+
+    // Runs q.exec(sql) under the watch; throws the watch's failure or the driver's.
+    void run(QSqlQuery& q, const QString& sql);
 };
 
 } // namespace corvane

@@ -133,6 +133,14 @@ QVector<Table> buildTables()
 
 } // namespace
 
+int Column::width() const
+{
+    static const QLatin1String varchar("VARCHAR(");
+    if (!type.startsWith(varchar, Qt::CaseInsensitive) || !type.endsWith(QLatin1Char(')')))
+        return 0;
+    return type.mid(varchar.size()).chopped(1).toInt();
+}
+
 QStringList Table::columnNames() const
 {
     QStringList names;
@@ -168,6 +176,45 @@ const Table* find(const QString& name)
         if (t.name.compare(name, Qt::CaseInsensitive) == 0)
             return &t;
     return nullptr;
+}
+
+const Column* findColumn(const QString& table, const QString& column)
+{
+    const Table* t = find(table);
+    if (!t)
+        return nullptr;
+    for (const Column& c : t->columns)
+        if (c.name.compare(column, Qt::CaseInsensitive) == 0)
+            return &c;
+    return nullptr;
+}
+
+qsizetype storedLength(const QString& text)
+{
+    qsizetype n = 0;
+    for (qsizetype i = 0; i < text.size(); ++i, ++n)
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            ++i;
+    return n;
+}
+
+LengthCheck& LengthCheck::operator()(const QString& column, const QString& value, const QString& field)
+{
+    if (!problem_.isEmpty())
+        return *this;
+    const Column* c = findColumn(table_, column);
+    const int width = c ? c->width() : 0;
+    const qsizetype length = storedLength(value);
+    if (width > 0 && length > width) {
+        column_ = c->name;
+        problem_ = QStringLiteral("%1 is too long: it has %2 characters, and %3 of %4 holds at most %5. "
+                                  "Shorten it; nothing was saved.")
+                       .arg(field)
+                       .arg(length)
+                       .arg(c->name, find(table_)->name)
+                       .arg(width);
+    }
+    return *this;
 }
 
 QStringList createMissingTables(Connection& connection)

@@ -1,5 +1,7 @@
 #include "host/clientdialog.h"
 
+#include "db/schema.h"
+
 #include "ui/screenkeys.h"
 
 #include "ui_clientdialog.h"
@@ -11,6 +13,7 @@
 
 #include <QAbstractButton>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QRegularExpressionValidator>
 
 namespace corvane::host {
@@ -49,6 +52,8 @@ ClientDialog::ClientDialog(ClsMain& cls, ClientService& service, const QString& 
     cls_.LoadStateList(ui->cbostate);
     ui->cbostate->insertItem(0, QString());
     ui->cbostate->setCurrentIndex(0);
+    if (const schema::Column* state = schema::findColumn(QStringLiteral("FBT_Info"), QStringLiteral("State")))
+        ui->cbostate->lineEdit()->setMaxLength(state->width());
 
     QList<Nature> natures;
     const QString reason = failureText([&] { natures = service_.natures(); }, QStringLiteral("LOADNATURES"));
@@ -160,6 +165,7 @@ void ClientDialog::focusField(ClientOutcome::Field field)
     case ClientOutcome::Field::Pin: edit = ui->txtpin; break;
     case ClientOutcome::Field::Doi: edit = ui->txtdoi; break;
     case ClientOutcome::Field::EMail: edit = ui->txtemail; break;
+    case ClientOutcome::Field::Natures: ui->lstnature->setFocus(); return;
     case ClientOutcome::Field::None: return;
     }
     edit->setFocus();

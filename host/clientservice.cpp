@@ -2,6 +2,7 @@
 
 #include "component/clsmain.h"
 #include "db/connection.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 #include "host/clientlistmodel.h"
 #include "core/clientstatus.h"
@@ -201,6 +202,22 @@ ClientOutcome ClientService::normalise(ClientRecord& r, const QString& originalC
     static const QRegularExpression mail(QStringLiteral("^[^@\\s]+@[^@\\s]+$"));
     if (!r.email.isEmpty() && !mail.match(r.email).hasMatch())
         return ClientOutcome::refused(QStringLiteral("%1 is not an e-mail address.").arg(r.email), Field::EMail);
+    schema::LengthCheck length(QStringLiteral("FBT_Info"));
+    length(QStringLiteral("Name"), r.name, QStringLiteral("Name"))(QStringLiteral("Flat"), r.flat, QStringLiteral("Flat / Door No."))(
+        QStringLiteral("Building"), r.building, QStringLiteral("Building"))(QStringLiteral("Street"), r.street,
+                                                                            QStringLiteral("Street"))(
+        QStringLiteral("Area"), r.area, QStringLiteral("Area"))(QStringLiteral("City"), r.city, QStringLiteral("City"))(
+        QStringLiteral("State"), r.state, QStringLiteral("State"))(QStringLiteral("STD"), r.std, QStringLiteral("STD Code"))(
+        QStringLiteral("TelNo"), r.telNo, QStringLiteral("Telephone"))(QStringLiteral("BusNat"), r.busNat(),
+                                                                       QStringLiteral("Nature of Business"))(
+        QStringLiteral("EMail"), r.email, QStringLiteral("E-mail"));
+    if (!length.ok()) {
+        const QString column = length.column();
+        return ClientOutcome::refused(length.problem(), column == QLatin1String("Name")     ? Field::Name
+                                                        : column == QLatin1String("EMail")  ? Field::EMail
+                                                        : column == QLatin1String("BusNat") ? Field::Natures
+                                                                                            : Field::None);
+    }
 
     if (originalCode.isEmpty() || r.code.compare(originalCode, Qt::CaseInsensitive) != 0) {
         const QString table = tableUsingCode(r.code);

@@ -44,7 +44,7 @@ struct Nature {
 // The outcome of a save or a delete: the message to show when it did not
 // happen, and the field the user has to correct.
 struct ClientOutcome {
-    enum class Field { None, Code, Name, Pan, Pin, Doi, EMail };
+    enum class Field { None, Code, Name, Pan, Pin, Doi, EMail, Natures };
     bool ok = true;
     QString message;
     Field field = Field::None;

@@ -4,6 +4,7 @@
 #include "core/failure.h"
 #include "core/progress.h"
 #include "db/connection.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 
 #include <QCoreApplication>
@@ -165,7 +166,7 @@ QString checkRow(Kind kind, const QVector<FieldSpec>& specs, QStringList& values
 
     for (int i = 0; i < specs.size(); ++i) {
         const int max = maxLengthOf(kind, specs.at(i).column);
-        if (values.at(i).size() > max)
+        if (schema::storedLength(values.at(i)) > max)
             return QStringLiteral("%1 is longer than %2 characters").arg(specs.at(i).label).arg(max);
     }
     return QString();

@@ -2,6 +2,7 @@
 
 #include "components/zip/ziperrors.h"
 #include "core/failure.h"
+#include "core/freespace.h"
 
 #include <QDir>
 #include <QFile>
@@ -155,6 +156,7 @@ void unpackArchive(const QString& archive, const QString& folder)
         QString name;
     };
     QList<Entry> entries;
+    qint64 unpacked = 0;
     const zip_int64_t count = zip_get_num_entries(za, 0);
     for (zip_int64_t i = 0; i < count; ++i) {
         const auto index = zip_uint64_t(i);
@@ -181,7 +183,11 @@ void unpackArchive(const QString& archive, const QString& folder)
                           QStringLiteral("%1: entry \"%2\" refused: %3").arg(archive, shown, reason));
         const bool isDir = raw.endsWith('/') || raw.endsWith('\\') || (mode & S_IFMT) == S_IFDIR;
         entries.append(Entry{index, partsOf(raw), isDir, st, mode, shown});
+        if (!isDir && (st.valid & ZIP_STAT_SIZE))
+            unpacked += qint64(st.size);
     }
+    // A full disk is found before the first file rather than in the middle.
+    requireFreeSpace(folder, unpacked, QStringLiteral("extracting ") + archive);
 
     if (!QDir().mkpath(folder))
         throw Failure(err::PathNotFound, kZipSource, QStringLiteral("%1: cannot create the folder").arg(folder));

@@ -82,22 +82,51 @@ AddInfoRecord::AddInfoRecord(AddInfoEdition edition, QString formName)
 
 int AddInfoRecord::boxLength(const QString& table, const QString& column)
 {
-    const schema::Table* t = schema::find(table);
-    if (!t)
+    const schema::Column* c = schema::findColumn(table, column);
+    if (!c)
         return kNoLimit;
-    for (const schema::Column& c : t->columns) {
-        if (c.name.compare(column, Qt::CaseInsensitive) != 0)
-            continue;
-        const QString type = c.type.toUpper();
-        if (type.startsWith(QLatin1String("VARCHAR(")))
-            return type.mid(8).chopped(1).toInt();
-        if (type == QLatin1String("INT"))
-            return 9;
-        if (type == QLatin1String("DOUBLE"))
-            return 15;
-        return kNoLimit;
-    }
+    if (c->width() > 0)
+        return c->width();
+    const QString type = c->type.toUpper();
+    if (type == QLatin1String("INT"))
+        return 9;
+    if (type == QLatin1String("DOUBLE"))
+        return 15;
     return kNoLimit;
+}
+
+QString AddInfoRecord::tooLong() const
+{
+    const AddInfoValues& v = values;
+    const bool first = edition_ == AddInfoEdition::First;
+    schema::LengthCheck addInfo(QStringLiteral("FBT_AddInfo"));
+    addInfo(QStringLiteral("Ward"), v.ward, QStringLiteral("Ward"));
+    if (first)
+        addInfo(QStringLiteral("OldWard"), v.oldWard, QStringLiteral("Old Ward"));
+    if (v.revRet)
+        addInfo(QStringLiteral("RevRecNo"), v.revRecNo, QStringLiteral("Receipt No. of the Original Return"))(
+            QStringLiteral("RevRecDt"), v.revRecDt, QStringLiteral("Date of the Original Return"));
+    if (first && v.ac44AB)
+        addInfo(QStringLiteral("Dt44AB"), v.dt44AB, QStringLiteral("Date of the 44AB Report"));
+    if (first && v.ac44ABC)
+        addInfo(QStringLiteral("Dt44ABC"), v.dt44ABC, QStringLiteral("Date of the 44ABC Report"));
+    addInfo(QStringLiteral("AreaCd"), v.areaCd, QStringLiteral("Area Code"))(QStringLiteral("AoTyp"), v.aoTyp,
+                                                                               QStringLiteral("AO Type"))(
+        QStringLiteral("AoRng"), v.aoRng, QStringLiteral("Range Code"))(QStringLiteral("AoNo"), v.aoNo,
+                                                                         QStringLiteral("AO Number"));
+    if (v.intUpto)
+        addInfo(QStringLiteral("IntDt"), v.intDt, QStringLiteral("Interest Date"));
+    if (!addInfo.ok() || first)
+        return addInfo.problem();
+
+    schema::LengthCheck miscInf(QStringLiteral("FBT_MiscInf"));
+    for (int i = 0; i < MiscInfValues::kRepFields; ++i)
+        miscInf(QStringLiteral("Var0_%1").arg(i), misc.rep[std::size_t(i)],
+                QStringLiteral("Representative Assessee, entry %1").arg(i + 1));
+    for (int i = 0; i < MiscInfValues::kAuditorFields; ++i)
+        miscInf(QStringLiteral("Var1_%1").arg(i), misc.auditor[std::size_t(i)], QStringLiteral("Auditor, entry %1").arg(i + 1));
+    miscInf(QStringLiteral("Var2_1"), misc.oldName, QStringLiteral("Old Name"));
+    return miscInf.problem();
 }
 
 QString AddInfoRecord::nobText() const
@@ -345,6 +374,8 @@ AddInfoRecord::SaveResult AddInfoRecord::SAVEDATA()
 {
     if (edition_ == AddInfoEdition::First && nobText().isEmpty())
         return SaveResult::NoNatureOfBusiness;
+    if (!tooLong().isEmpty())
+        return SaveResult::TooLong;
 
     ResumeNext guard(formName_, QStringLiteral("SAVEDATA"));
     guard([&] { connection().execute(marker.isEmpty() ? insertStatement() : updateStatement()); });

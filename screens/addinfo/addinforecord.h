@@ -83,11 +83,15 @@ public:
     // value the row lacks (null amount) stays as it was. True when a row was found.
     bool READDATA(bool fromPrevious);
 
-    enum class SaveResult { Saved, NoNatureOfBusiness };
+    enum class SaveResult { Saved, NoNatureOfBusiness, TooLong };
     // Writes the row: INSERT when the marker is "", else UPDATE; the second
     // edition then replaces its FBT_MiscInf row. The first edition refuses
-    // without a nature of business and writes nothing.
+    // without a nature of business, and both refuse a text its column would
+    // cut (tooLong() says which); a refusal writes nothing.
     SaveResult SAVEDATA();
+
+    // Why a text of the edition's boxes does not fit its column, or empty text.
+    QString tooLong() const;
 
     // The ticked natures of business as their 1-based numbers ("24").
     QString nobText() const;

@@ -176,9 +176,14 @@ bool FrmAddInfo::SAVEDATA()
     if (focused >= 0)
         txtfields_LostFocus(focused);
     takeValues();
-    if (record_.SAVEDATA() == AddInfoRecord::SaveResult::NoNatureOfBusiness) {
+    const AddInfoRecord::SaveResult result = record_.SAVEDATA();
+    if (result == AddInfoRecord::SaveResult::NoNatureOfBusiness) {
         prompter().inform(QStringLiteral("Please Select Nature of Business."));
         ui->chknob_0->setFocus();
+        return false;
+    }
+    if (result == AddInfoRecord::SaveResult::TooLong) {
+        prompter().inform(record_.tooLong(), Prompter::Icon::Exclamation);
         return false;
     }
     return true;

@@ -264,7 +264,10 @@ bool FrmAddInfo1::SAVEDATA()
     else if (focused == ui->txt1_11)
         txt1_LostFocus(11);
     takeValues();
-    record_.SAVEDATA();
+    if (record_.SAVEDATA() == AddInfoRecord::SaveResult::TooLong) {
+        prompter().inform(record_.tooLong(), Prompter::Icon::Exclamation);
+        return false;
+    }
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "components/zip/ziplib.h"
 #include "core/errorlog.h"
 #include "core/failure.h"
+#include "core/freespace.h"
 #include "core/modbase.h"
 #include "core/objectregistry.h"
 #include "core/progress.h"
@@ -15,8 +16,12 @@
 #include "screens/backup/restoresteps.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QMap>
 #include <QFileInfo>
 #include <QLocale>
+
+#include <sys/stat.h>
 
 namespace corvane::backup {
 
@@ -66,6 +71,57 @@ QString subfolder(const QString& folder, const QString& name)
     for (const QString& f : QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name))
         if (f.compare(name, Qt::CaseInsensitive) == 0)
             return QDir(folder).filePath(f);
+    return QString();
+}
+
+// Bytes of a file, or of every file below a folder.
+qint64 sizeOf(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.isDir() || info.isSymLink())
+        return info.size();
+    qint64 total = 0;
+    QDirIterator it(path, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        total += it.fileInfo().size();
+    }
+    return total;
+}
+
+// The device of path, or of its nearest folder that exists.
+dev_t deviceOf(QString path)
+{
+    struct stat st{};
+    while (::stat(QFile::encodeName(path).constData(), &st) != 0) {
+        const QString parent = QFileInfo(path).absolutePath();
+        if (parent == path)
+            return 0;
+        path = parent;
+    }
+    return st.st_dev;
+}
+
+// Why the items would not fit where they go, or empty text. A source moved
+// within its own disk needs no room; every other is copied.
+QString spaceProblem(const QList<RestoreItem>& items, bool mayMove)
+{
+    QMap<dev_t, QPair<QString, qint64>> needed;
+    for (const RestoreItem& item : items) {
+        const dev_t target = deviceOf(item.destination);
+        if (mayMove && target == deviceOf(item.source))
+            continue;
+        auto& entry = needed[target];
+        if (entry.first.isEmpty())
+            entry.first = QFileInfo(item.destination).absolutePath();
+        entry.second += sizeOf(item.source);
+    }
+    try {
+        for (const auto& [folder, bytes] : needed)
+            requireFreeSpace(folder, bytes, QStringLiteral("the restoration"));
+    } catch (const Failure& failure) {
+        return failure.description();
+    }
     return QString();
 }
 
@@ -365,6 +421,16 @@ RestoreJob::Outcome RestoreJob::restore()
         if (QDir::cleanPath(item.source).toUpper() == QDir::cleanPath(item.destination).toUpper()
             || samePlace(item.source, item.destination)) {
             inform(QStringLiteral("Source Path and Destination Path can not be Same."));
+            return Outcome::Refused;
+        }
+    }
+
+    {
+        QList<RestoreItem> items;
+        for (const Row& row : rows_)
+            items << row.item;
+        if (const QString problem = spaceProblem(items, choice_.mode == Mode::Zip); !problem.isEmpty()) {
+            inform(problem);
             return Outcome::Refused;
         }
     }

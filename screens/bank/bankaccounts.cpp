@@ -5,6 +5,7 @@
 #include "core/resumenext.h"
 #include "db/connection.h"
 #include "db/recordset.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 #include "db/contextconnection.h"
 
@@ -125,8 +126,21 @@ void BankAccounts::ensureDefault()
     }
 }
 
-void BankAccounts::save(ResumeNext& guard)
+QString BankAccounts::tooLong(const QStringList& cells)
 {
+    static const char* const kColumns[ColumnCount] = {"BankName", "BranchAdd", "MICR", "AccType", "AccNo", "ECS", "DefAcc"};
+    schema::LengthCheck check(QStringLiteral("FBT_BankDet"));
+    for (int c = 0; c < ColumnCount; ++c)
+        check(QString::fromLatin1(kColumns[c]), cells.value(c), headings().at(c));
+    return check.problem();
+}
+
+QString BankAccounts::save(ResumeNext& guard)
+{
+    // Checked before the year's rows go: a refusal must leave them as they are.
+    for (const QStringList& row : rows_)
+        if (QString problem = tooLong(row); !problem.isEmpty())
+            return problem;
     ensureDefault();
     const QString code = sqlQuote(modbase().Code);
     const QString year = QString::number(modbase().TYear);
@@ -144,6 +158,7 @@ void BankAccounts::save(ResumeNext& guard)
         guard([&] { contextConnection().execute(sql); });
     }
     guard([&] { contextConnection().execute(QStringLiteral("flush tables")); });
+    return QString();
 }
 
 } // namespace corvane

@@ -51,9 +51,14 @@ public:
     // With no default account, the last account becomes the default.
     void ensureDefault();
 
+    // Why a cell of an account (cells in grid order) would not fit its column, or empty text.
+    static QString tooLong(const QStringList& cells);
+
     // SAVEGRID: ensures a default, deletes the client's year, flushes, inserts
-    // one row per account in order (SrNo 1, 2, …) and flushes again.
-    void save(ResumeNext& guard);
+    // one row per account in order (SrNo 1, 2, …) and flushes again. When a
+    // cell would not fit its column nothing is deleted or written, and the
+    // message is returned (empty when saved).
+    QString save(ResumeNext& guard);
 
 private:
     QVector<QStringList> fetch(int year, ResumeNext& guard) const;

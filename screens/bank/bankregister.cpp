@@ -4,6 +4,7 @@
 #include "core/resumenext.h"
 #include "core/textnumbers.h"
 #include "db/connection.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 #include "db/contextconnection.h"
 
@@ -108,8 +109,19 @@ std::optional<qint16> BankRegister::nextCode(ResumeNext& guard)
     return code;
 }
 
-void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guard)
+QString BankRegister::tooLong(const QStringList& fields)
 {
+    return schema::LengthCheck(QStringLiteral("Bank_Master"))(QStringLiteral("bank_name"), fields.value(1),
+                                                             QStringLiteral("Bank Name"))(
+               QStringLiteral("branch"), fields.value(2), QStringLiteral("Branch"))(
+               QStringLiteral("branch_code"), fields.value(3), QStringLiteral("Branch Code"))
+        .problem();
+}
+
+QString BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guard)
+{
+    if (QString problem = tooLong(fields); !problem.isEmpty())
+        return problem;
     const QString code = numberText(valueOf(fields.value(0)));
     int remembered = 0;
     if (adding) {
@@ -132,7 +144,7 @@ void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guar
     guard([&] { contextConnection().execute(QStringLiteral("Flush Tables")); });
     guard([&] { rs_.requery(); });
     if (isEmpty())
-        return;
+        return QString();
     if (adding) {
         guard([&] { rs_.moveLast(); });
     } else {
@@ -146,6 +158,7 @@ void BankRegister::save(bool adding, const QStringList& fields, ResumeNext& guar
             }
         });
     }
+    return QString();
 }
 
 void BankRegister::deleteCurrent(ResumeNext& guard)

@@ -39,9 +39,14 @@ public:
     // The largest code plus one, as a 16-bit number; nothing (and a logged overflow) past 32767.
     std::optional<qint16> nextCode(ResumeNext& guard);
 
+    // Why a field would not fit its column, or empty text.
+    static QString tooLong(const QStringList& fields);
+
     // Inserts (adding) or updates the record whose code is the code in fields, flushes,
     // requeries and moves to the new record (last) or back to the same position.
-    void save(bool adding, const QStringList& fields, ResumeNext& guard);
+    // A field its column would cut is refused: nothing is written and the
+    // message is returned (empty when saved).
+    QString save(bool adding, const QStringList& fields, ResumeNext& guard);
 
     // Deletes the current record and shows the next one, or the last when it was the last.
     void deleteCurrent(ResumeNext& guard);

@@ -105,7 +105,8 @@ void frmbankdet::fillGrid(int selectRow)
 void frmbankdet::SAVEGRID()
 {
     ResumeNext guard(module(), QStringLiteral("SAVEGRID"));
-    accounts_.save(guard);
+    if (const QString problem = accounts_.save(guard); !problem.isEmpty())
+        prompter().inform(problem, Prompter::Icon::Exclamation);
 }
 
 void frmbankdet::SETBUTTON(bool viewing)
@@ -205,6 +206,10 @@ void frmbankdet::UPDATEBANKDATA()
         prompter().inform(QStringLiteral("Please Enter Bank Name."), Prompter::Icon::Information);
         txtfields_.at(0)->setFocus();
         return;
+    }
+    if (const QString problem = BankAccounts::tooLong(entry().cells()); !problem.isEmpty()) {
+        prompter().inform(problem, Prompter::Icon::Exclamation);
+        return; // the entry stays open to be shortened
     }
     const int row = accounts_.put(editMode_ == -1 ? -1 : ui->vsf1->currentRow(), entry());
     SAVEGRID();

@@ -129,7 +129,10 @@ void frmbankdet1::cmdmodify_Click()
 void frmbankdet1::cmdupdate_Click()
 {
     ResumeNext guard(module(), QStringLiteral("CMDUPDATE_CLICK"));
-    register_.save(adding_, fieldTexts(), guard);
+    if (const QString problem = register_.save(adding_, fieldTexts(), guard); !problem.isEmpty()) {
+        prompter().inform(problem, Prompter::Icon::Exclamation);
+        return; // still editing, nothing written
+    }
     adding_ = false;
     LOADDATA();
     SETBUTTON(false);

@@ -4,6 +4,7 @@
 #include "core/prompter.h"
 #include "core/resumenext.h"
 #include "db/connection.h"
+#include "db/schema.h"
 #include "db/sqltext.h"
 
 #include <QDate>
@@ -84,6 +85,21 @@ int checkGrid(const QVector<Row>& rows, const QString& yearItem)
     return -1;
 }
 
+QString tooLong(const QString& date, const QString& number)
+{
+    return schema::LengthCheck(QStringLiteral("FBT_AddInfo"))(QStringLiteral("RetDt"), date, headings().at(FilingDate))(
+               QStringLiteral("RetAckNo"), number, headings().at(AckNo))
+        .problem();
+}
+
+int tooLongRow(const QVector<Row>& rows)
+{
+    for (int i = 0; i < rows.size(); ++i)
+        if (!tooLong(rows.at(i)[FilingDate], rows.at(i)[AckNo]).isEmpty())
+            return i;
+    return -1;
+}
+
 int writeGrid(Connection& connection, QVector<Row>& rows, const QString& yearItem, Prompter& prompter, ResumeNext& guard)
 {
     const int year = yearOf(yearItem);
@@ -111,9 +127,10 @@ int writeGrid(Connection& connection, QVector<Row>& rows, const QString& yearIte
     return written;
 }
 
-QString message(Outcome outcome, const QString& yearItem)
+QString message(Outcome outcome, const QString& yearItem, const ClientSave& save)
 {
     switch (outcome) {
+    case Outcome::TooLong: return tooLong(holdsEightDigits(save.dateBox) ? save.dateBox : QString(), save.number.trimmed());
     case Outcome::NoClient: return QStringLiteral("Please Select a Client.");
     case Outcome::UnknownCode: return QStringLiteral("Client Code does not Exists.");
     case Outcome::TooEarly: return tooEarlyMessage(checkYearOf(yearItem));
@@ -131,6 +148,8 @@ Outcome saveClient(Connection& connection, QVector<Entry>& entries, const Client
     if (findCode(entries, save.code, true) < 0)
         return Outcome::UnknownCode;
     const bool dateEntered = holdsEightDigits(save.dateBox);
+    if (!tooLong(dateEntered ? save.dateBox : QString(), save.number.trimmed()).isEmpty())
+        return Outcome::TooLong;
     if (dateEntered && tooEarly(save.dateBox, checkYearOf(yearItem)))
         return Outcome::TooEarly;
 

@@ -36,6 +36,11 @@ QString tooEarlyMessage(int checkYear);
 // too early, or -1. The check year is the first four characters of the year item.
 int checkGrid(const QVector<returnregister::Row>& rows, const QString& yearItem);
 
+// Why a filing date or acknowledgement number would not fit its column, or empty text.
+QString tooLong(const QString& date, const QString& number);
+// The index of the first grid row tooLong() refuses, or -1.
+int tooLongRow(const QVector<returnregister::Row>& rows);
+
 // The write pass: one statement per row that needs one, each followed by a
 // flush; a failed statement is logged through the guard and ends the pass.
 // Rows are updated to what was written. Returns the number of rows written.
@@ -49,10 +54,10 @@ struct ClientSave {
     QString number;    // txtrecno
 };
 
-enum class Outcome { Saved, NoClient, UnknownCode, TooEarly, Failed };
+enum class Outcome { Saved, NoClient, UnknownCode, TooEarly, TooLong, Failed };
 
 // The message shown for an outcome; empty for Saved and Failed.
-QString message(Outcome outcome, const QString& yearItem);
+QString message(Outcome outcome, const QString& yearItem, const ClientSave& save = {});
 
 // Checks, writes and copies what was written into the client's entry.
 Outcome saveClient(Connection& connection, QVector<returnregister::Entry>& entries, const ClientSave& save,

@@ -236,6 +236,14 @@ bool Pending::SAVEDATA()
         ui->Grid2->setFocus();
         return false;
     }
+    const int overLong = filing::tooLongRow(model_.rows());
+    if (overLong >= 0) {
+        const auto& row = model_.rows().at(overLong);
+        prompter().inform(filing::tooLong(row[FilingDate], row[AckNo]), Prompter::Icon::Exclamation);
+        ui->Grid2->setCurrentIndex(model_.index(overLong, AckNo));
+        ui->Grid2->setFocus();
+        return false;
+    }
     guard([&] { filing::writeGrid(contextConnection(), model_.rows(), yearItem(), prompter(), guard); });
     model_.rowsChanged();
     return true;
@@ -451,11 +459,13 @@ void Pending::cmdsave_Click()
     const filing::ClientSave save{ui->txtcode->text(), ui->txtfldt->text(), ui->txtrecno->text()};
     filing::Outcome outcome = filing::Outcome::Failed;
     guard([&] { outcome = filing::saveClient(contextConnection(), entries_, save, yearItem(), prompter(), guard); });
-    const QString text = filing::message(outcome, yearItem());
+    const QString text = filing::message(outcome, yearItem(), save);
     if (!text.isEmpty()) {
         prompter().inform(text);
         if (outcome == filing::Outcome::TooEarly)
             ui->txtfldt->setFocus();
+        else if (outcome == filing::Outcome::TooLong)
+            ui->txtrecno->setFocus();
         else
             focusSearchBox();
         return;

@@ -114,6 +114,8 @@ private slots:
         QTest::newRow("no such day") << "txtdoi" << "31/02/2008" << "31/02/2008 is not a valid date: type it as dd/mm/yyyy." << "txtdoi";
         QTest::newRow("short PIN") << "txtpin" << "2080" << "A PIN code has six digits." << "txtpin";
         QTest::newRow("no e-mail") << "txtemail" << "accounts.ganga" << "accounts.ganga is not an e-mail address." << "txtemail";
+        // 17 natures and 70 more of three digits, all ticked: "1,2,…,17,100,…,169"
+        QTest::newRow("every nature of a long list") << "lstnature" << "" << "Nature of Business is too long: it has 321 characters, and BusNat of FBT_Info holds at most 200. Shorten it; nothing was saved." << "lstnature";
     }
 
     void badEntriesAreRefusedWithAMessage()
@@ -126,12 +128,21 @@ private slots:
         HostFixture f(QStringLiteral("cm_refuse"), true, true);
         QVERIFY(f.start());
         f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) Values ('Z999', 2008)");
+        const bool natures = field == QLatin1String("lstnature");
+        for (int n = 100; natures && n < 170; ++n)
+            f.db->execute(QStringLiteral("Insert into FBT_Nature Values (%1, 'NATURE %1')").arg(n));
         ClientService service(f.cls);
         ClientDialog dialog(f.cls, service, QString());
         dialog.show();
         // WHEN a complete client is entered with one bad entry and saved
         fillComplete(&dialog, f.db);
-        typeInto(&dialog, field, value);
+        if (natures) {
+            auto* list = control<QListWidget>(&dialog, "lstnature");
+            for (int i = 0; i < list->count(); ++i)
+                list->item(i)->setCheckState(Qt::Checked);
+        } else {
+            typeInto(&dialog, field, value);
+        }
         click(&dialog, "cmdsave");
         // THEN the message names the fault, the cursor is in its box, and nothing is stored
         // (the server may keep table names in small letters)

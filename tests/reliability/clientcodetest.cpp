@@ -1,4 +1,10 @@
+#include "core/modbase.h"
+#include "core/prompter.h"
+#include "core/resumenext.h"
 #include "db/sqltext.h"
+#include "screens/addinfo/addinforecord.h"
+#include "screens/bank/bankaccounts.h"
+#include "screens/bank/bankregister.h"
 #include "support/clirunner.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
@@ -38,7 +44,8 @@ const QString kBillsOnly = QString::fromUtf8("😎");
 
 } // namespace
 
-// Client codes as a hostile or careless user gives them: only the code given is touched.
+// Client codes and values as a hostile or careless user gives them: only the
+// code given is touched, and a value is stored whole or not at all.
 class ClientCodeTest : public QObject {
     Q_OBJECT
 
@@ -116,6 +123,90 @@ private slots:
             QVERIFY2(r.err.contains(QStringLiteral("code_no")), qPrintable(r.err));
             QVERIFY2(r.err.contains(QStringLiteral("at most 20")), qPrintable(r.err));
         }
+    }
+
+    void valuesLongerThanTheirColumnAreRefused_data()
+    {
+        QTest::addColumn<QString>("writer");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("field"); // named in the refusal; empty when the value is stored
+        const QString emoji = QString::fromUtf8("😀");
+        QTest::newRow("bank name of 101") << "bank master" << QString(101, 'B') << "Bank Name";
+        QTest::newRow("bank name of 100 emoji") << "bank master" << emoji.repeated(100) << "";
+        QTest::newRow("account no. of 31") << "bank account" << QString(31, '7') << "Account No.";
+        QTest::newRow("account no. of 30 emoji") << "bank account" << emoji.repeated(30) << "";
+        QTest::newRow("ward of 61") << "additional information" << QString(61, 'W') << "Ward";
+        QTest::newRow("auditor of 101") << "second edition" << QString(101, 'A') << "Auditor, entry 4";
+        QTest::newRow("acknowledgement of 31") << "filing" << QString(31, '9') << "Acknowledgement No.";
+        QTest::newRow("acknowledgement of 30 emoji") << "filing" << emoji.repeated(30) << "";
+    }
+
+    void valuesLongerThanTheirColumnAreRefused()
+    {
+        QFETCH(QString, writer);
+        QFETCH(QString, value);
+        QFETCH(QString, field);
+        // GIVEN client A001 with a bank account, its additional information and a bank, each stored before
+        Connection& c = **db_;
+        c.execute(QStringLiteral("UPDATE FBT_BankDet SET BankName='OLD BANK', AccNo='OLD', DefAcc='Y' WHERE code_no='A001'"));
+        c.execute(QStringLiteral("UPDATE FBT_AddInfo SET Ward='OLD', RetAckNo='OLD' WHERE Code_No='A001'"));
+        c.execute(QStringLiteral("UPDATE FBT_MiscInf SET Var1_3='OLD' WHERE Code_No='A001'"));
+        c.execute(QStringLiteral("INSERT INTO Bank_Master VALUES (1, 'OLD', '', '')"));
+        modbase().Code = QStringLiteral("A001");
+        modbase().TYear = 2008;
+        auto answers = std::make_shared<ScriptedPrompter>();
+        modbase().prompter = answers;
+        ResumeNext guard(QStringLiteral("TEST"), QStringLiteral("SAVE"));
+        const QString stored = QStringLiteral("binary ") + sqlQuote(value);
+
+        // WHEN the value is saved as its screen or command saves it
+        QString refusal;
+        int rows = -1; // rows holding the value afterwards
+        if (writer == QLatin1String("bank master")) {
+            BankRegister bank;
+            bank.open(guard);
+            refusal = bank.save(true, {QStringLiteral("2"), value, QStringLiteral("BRANCH"), QStringLiteral("B1")}, guard);
+            rows = db_->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name=") + stored);
+        } else if (writer == QLatin1String("bank account")) {
+            BankAccounts accounts;
+            accounts.load(guard);
+            BankAccountEntry entry;
+            entry.bankName = QStringLiteral("NEW BANK");
+            entry.accountNo = value;
+            accounts.put(0, entry);
+            refusal = accounts.save(guard);
+            rows = db_->count(QStringLiteral("FBT_BankDet"), QStringLiteral("AccNo=") + stored);
+        } else if (writer == QLatin1String("additional information") || writer == QLatin1String("second edition")) {
+            const bool first = writer == QLatin1String("additional information");
+            AddInfoRecord record(first ? AddInfoEdition::First : AddInfoEdition::Second, QStringLiteral("frmaddinfo"));
+            record.READDATA(false);
+            record.values.nob[0] = true;
+            (first ? record.values.ward : record.misc.auditor[3]) = value;
+            if (record.SAVEDATA() == AddInfoRecord::SaveResult::TooLong)
+                refusal = record.tooLong();
+            rows = first ? db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("Ward=") + stored)
+                         : db_->count(QStringLiteral("FBT_MiscInf"), QStringLiteral("Var1_3=") + stored);
+        } else {
+            const CliResult r = runCli(databaseArgs(*db_) + QStringList{"filing", "A001", "--year", "2008", "--ack", value});
+            QCOMPARE(r.status, field.isEmpty() ? 0 : 1);
+            refusal = r.err.contains(QStringLiteral("too long")) ? r.err : QString();
+            rows = db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("RetAckNo=") + stored);
+        }
+
+        // THEN a value that fits is stored whole; one that does not is refused naming
+        // its field, and what was stored before is still there
+        QCOMPARE(answers->texts(), QStringList());
+        if (field.isEmpty()) {
+            QVERIFY2(refusal.isEmpty(), qPrintable(refusal));
+            QCOMPARE(rows, 1);
+            return;
+        }
+        QVERIFY2(refusal.contains(field + QStringLiteral(" is too long")), qPrintable(refusal));
+        QCOMPARE(rows, 0);
+        QCOMPARE(db_->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name='OLD'")), 1);
+        QCOMPARE(db_->count(QStringLiteral("FBT_BankDet"), QStringLiteral("AccNo='OLD'")), 1);
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("Ward='OLD' AND RetAckNo='OLD'")), 1);
+        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf"), QStringLiteral("Var1_3='OLD'")), 1);
     }
 };
 

@@ -1,14 +1,23 @@
 #include "faults.h"
+#include "core/failure.h"
+#include "core/modbase.h"
+#include "core/progress.h"
+#include "core/prompter.h"
+#include "screens/backup/restorejob.h"
+#include "db/sqltext.h"
 #include "support/clirunner.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
+#include <cerrno>
+#include <chrono>
 #include <sys/stat.h>
 
 using namespace corvane;
 using namespace corvane::test;
+using namespace corvane::backup;
 
 // Settings and imports on a failing machine: a full disk, a file that cannot be read.
 class FullDiskTest : public QObject {
@@ -129,6 +138,92 @@ private slots:
         QVERIFY2(r.err.contains(QStringLiteral("Not enough free space")) && r.err.contains(disk_->path() + QStringLiteral("/MySQL/data")),
                  qPrintable(r.err));
         QVERIFY(!QFileInfo::exists(disk_->path() + QStringLiteral("/MySQL")));
+    }
+
+    void aStatementStuckOnAFullDiskGivesUp_data()
+    {
+        QTest::addColumn<QString>("statement");
+        QTest::addColumn<bool>("stuck");
+        QTest::newRow("an insert waiting for space") << "INSERT INTO stuck SELECT REPEAT('x', 100) FROM seq_1_to_100000" << true;
+        QTest::newRow("a long statement that works") << "DO SLEEP(0.3)" << false;
+    }
+
+    void aStatementStuckOnAFullDiskGivesUp()
+    {
+        QFETCH(QString, statement);
+        QFETCH(bool, stuck);
+        if (!disk_->isTmpfs())
+            QSKIP("needs a full file system the server writes to");
+        // GIVEN a table whose files lie on a disk that is now full, and a watch that looks at once
+        TestDatabase db(QStringLiteral("stall"));
+        db->execute(QStringLiteral("CREATE TABLE stuck (x VARCHAR(100)) ENGINE=MyISAM DATA DIRECTORY=%1 INDEX DIRECTORY=%1")
+                        .arg(sqlQuote(disk_->path())));
+        db->execute(QStringLiteral("INSERT INTO stuck VALUES ('old')"));
+        db->execute(QStringLiteral("FLUSH TABLES"));
+        disk_->fill();
+        Connection c;
+        c.setStallTiming({std::chrono::milliseconds(0), std::chrono::milliseconds(10)});
+        c.open(db.settings());
+        // WHEN the statement runs
+        QString message;
+        try {
+            c.execute(statement);
+        } catch (const Failure& failure) {
+            QCOMPARE(failure.number(), long(ENOSPC));
+            message = failure.description();
+        }
+        // THEN only a statement the server holds waiting for space is stopped, with a message
+        // that names the disk; the connection goes on and the old row is still there
+        QCOMPARE(message.contains(QStringLiteral("The disk holding the database is full")), stuck);
+        QCOMPARE(c.query(QStringLiteral("SELECT 1")).rows.size(), 1);
+        QVERIFY(QFile::remove(disk_->path() + QStringLiteral("/.filler")));
+        c.execute(QStringLiteral("REPAIR TABLE stuck"));
+        QCOMPARE(c.query(QStringLiteral("SELECT x FROM stuck WHERE x='old'")).rows.size(), 1);
+    }
+
+    void aRestorationOntoAFullDiskIsRefusedAtOnce()
+    {
+        if (!disk_->isTmpfs())
+            QSKIP("needs a full file system: a file-size limit leaves the free space as it is");
+        // GIVEN a MySQL directory and an application folder on a full disk, and backed-up folders elsewhere
+        const QString mysql = disk_->path() + QStringLiteral("/mysql-data");
+        const QString app = disk_->path() + QStringLiteral("/app");
+        QVERIFY(QDir().mkpath(mysql + QStringLiteral("/mysql")) && QDir().mkpath(mysql + QStringLiteral("/fbt")));
+        QVERIFY(QDir().mkpath(app));
+        const QByteArray old("old table");
+        for (const QString& file : {mysql + QStringLiteral("/fbt/a.MYD"), app + QStringLiteral("/FBT")}) {
+            QFile f(file);
+            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == old.size());
+        }
+        QTemporaryDir backup;
+        QVERIFY(QDir().mkpath(backup.filePath(QStringLiteral("FBT"))) && QDir().mkpath(backup.filePath(QStringLiteral("data/Data"))));
+        {
+            QFile f(backup.filePath(QStringLiteral("FBT/a.MYD")));
+            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(QByteArray(512 * 1024, 'n')) == 512 * 1024);
+        }
+        disk_->fill();
+        resetModbase();
+        modbase().AppPath = app;
+        modbase().vTmpPath = backup.path() + QLatin1Char('/');
+        auto answers = std::make_shared<ScriptedPrompter>();
+        modbase().prompter = answers;
+        NullProgress progress;
+        // WHEN they are restored
+        RestoreJob job(nullptr, *answers, progress);
+        RestoreJob::Choice choice;
+        choice.mode = RestoreJob::Mode::Manual;
+        choice.databasesFolder = backup.filePath(QStringLiteral("FBT"));
+        choice.dataFolder = backup.filePath(QStringLiteral("data"));
+        choice.mysqlDirectory = mysql + QLatin1Char('/');
+        choice.dataDirectory = app + QLatin1Char('/');
+        QVERIFY(job.proceed(choice));
+        // THEN the restoration is refused before it touches anything, saying why
+        QCOMPARE(job.restore(), RestoreJob::Outcome::Refused);
+        QCOMPARE(answers->texts().size(), 1);
+        QVERIFY2(answers->texts().first().startsWith(QStringLiteral("Not enough free space for the restoration")),
+                 qPrintable(answers->texts().first()));
+        QCOMPARE(contents(mysql + QStringLiteral("/fbt/a.MYD")), old);
+        QCOMPARE(QDir(app).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{QStringLiteral("FBT")});
     }
 
     void unreadableSettingsAreAnError()
