@@ -2,6 +2,7 @@
 
 #include "core/failure.h"
 #include "db/sqltext.h"
+#include "db/statementobserver.h"
 
 #include <QAtomicInt>
 #include <QSqlError>
@@ -12,7 +13,22 @@ namespace corvane {
 namespace {
 const QString kDbSource = QStringLiteral("MySQL");
 QAtomicInt g_counter;
+StatementObserver* g_observer = nullptr;
+
+// Runs the statement and tells the observer, if any, how it went.
+bool run(QSqlQuery& q, const QString& sql, const Connection& connection)
+{
+    const bool ok = q.exec(sql);
+    if (g_observer)
+        g_observer->ran(connection, sql, ok);
+    return ok;
+}
 } // namespace
+
+void setStatementObserver(StatementObserver* observer)
+{
+    g_observer = observer;
+}
 
 Failure Connection::failureFrom(const QSqlError& error, const QString& source)
 {
@@ -102,7 +118,7 @@ int Connection::execute(const QString& sql)
 {
     requireOpen(db_);
     QSqlQuery q(db_);
-    if (!q.exec(sql))
+    if (!run(q, sql, *this))
         throw failureFrom(q.lastError(), kDbSource);
     return q.numRowsAffected();
 }
@@ -112,7 +128,7 @@ Connection::Result Connection::query(const QString& sql)
     requireOpen(db_);
     QSqlQuery q(db_);
     q.setForwardOnly(true);
-    if (!q.exec(sql))
+    if (!run(q, sql, *this))
         throw failureFrom(q.lastError(), kDbSource);
     Result result;
     result.hasResult = q.isSelect();
