@@ -2,6 +2,7 @@
 
 #include "core/failure.h"
 #include "db/sqltext.h"
+#include "db/statementobserver.h"
 
 #include <QAtomicInt>
 #include <QSqlError>
@@ -12,7 +13,13 @@ namespace corvane {
 namespace {
 const QString kDbSource = QStringLiteral("MySQL");
 QAtomicInt g_counter;
+StatementObserver* g_observer = nullptr;
 } // namespace
+
+void setStatementObserver(StatementObserver* observer)
+{
+    g_observer = observer;
+}
 
 Failure Connection::failureFrom(const QSqlError& error, const QString& source)
 {
@@ -106,6 +113,9 @@ void Connection::run(QSqlQuery& q, const QString& sql)
         watch_->begin();
     const bool ok = q.exec(sql);
     std::optional<Failure> stopped = watch_ ? watch_->end() : std::nullopt;
+    // The watch's own probe runs on its thread and is nobody's statement.
+    if (g_observer && watchMode_ == Watch::On)
+        g_observer->ran(*this, sql, ok);
     if (ok)
         return;
     if (stopped)

@@ -75,8 +75,6 @@ private slots:
             << 1 << true << false << Prompter::Answer::No << question << false << 0;
         QTest::newRow("second, only looked: closes without a question") << 2 << false << false << none << QStringList() << false << 0;
         QTest::newRow("second, edited, Yes: saved and closed") << 2 << true << false << Prompter::Answer::Yes << question << false << 1;
-        QTest::newRow("second, edited, No: closed, nothing written") << 2 << true << false << Prompter::Answer::No << question << false << 0;
-        QTest::newRow("second, edited, Cancel: stays") << 2 << true << false << Prompter::Answer::Cancel << question << true << 0;
     }
 
     void closeButton()

@@ -2,6 +2,7 @@
 #include "core/modbase.h"
 #include "screens/addinfo/addinforecord.h"
 #include "db/schema.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -113,31 +114,69 @@ private slots:
         QCOMPARE(got, expected);
     }
 
-    void theStatementsKeepTheirTexts()
+    // Every tick box of an edition, one character each.
+    static QString ticks(const AddInfoRecord& r, AddInfoEdition edition)
     {
-        AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
-        r.values.ward = QStringLiteral("W1");
-        r.values.nob[0] = true;
-        QCOMPARE(r.insertStatement(),
-                 QStringLiteral("insert into FBT_AddInfo values('C001',2007,'0','W1','','0','0','','','1','0','0','','0','','0','0','0','0',"
-                                "'0','0',0,0,'','','','','','','0',0,'0',0,'1',0,'')"));
-        QCOMPARE(r.updateStatement(),
-                 QStringLiteral("Update FBT_AddInfo Set ChAdd='0',Ward='W1',OldWard='',Section='0',RevRet='0',RevRecNo='',RevRecDt='',"
-                                "NOB='1',Ac44AA='0',Ac44AB='0',Dt44AB='',Ac44ABC='0',Dt44ABC='',PEIndia='0',DtRel1='0',DtRel2='0',"
-                                "PEOut='0',EmpBoth='0',SepBooks='0',IndiaEmp=0,TotalEmp=0,AreaCd='',AoTyp='',AoRng='',AoNo='',"
-                                "Calc115WJ='0',Amt115WJ=0,Calc115WK='0',Amt115WK=0,IntDt='' where code_no='C001' and tyear=2007"));
-        // amounts in their shortest decimal form
-        r.values.calc115WK = true;
-        r.values.amt115WK = QStringLiteral("1234.56");
-        QVERIFY(r.insertStatement().contains(QStringLiteral(",'1',1234.56,'1',0,''")));
-        QVERIFY(r.updateStatement().contains(QStringLiteral(",Amt115WK=1234.56,")));
-        AddInfoRecord second(AddInfoEdition::Second, QStringLiteral("frmaddinfo1"));
-        QCOMPARE(second.updateStatement(),
-                 QStringLiteral("Update FBT_AddInfo Set Ward='',Section='0',RevRet='0',RevRecNo='',RevRecDt='',PEIndia='0',EmpBoth='0',"
-                                "SepBooks='0',IndiaEmp=0,TotalEmp=0,AreaCd='',AoTyp='',AoRng='',AoNo='',Calc115WJ='0',Amt115WJ=0,"
-                                "Calc115WJ5='0',Amt115WJ5=0,Calc115WK='0',Amt115WK=0,IntDt='' where code_no='C001' and tyear=2007"));
-        QCOMPARE(second.miscDeleteStatement(), QStringLiteral("Delete from FBT_MiscInf Where Code_No='C001' and Tyear=2007"));
-        QVERIFY(second.miscInsertStatement().startsWith(QStringLiteral("Insert into FBT_MiscInf Values ('C001',2007,'0','','")));
+        const AddInfoValues& v = r.values;
+        QList<bool> boxes{v.revRet, v.peIndia, v.empBoth, v.sepBooks, v.calc115WJ, v.calc115WK, v.intUpto};
+        if (edition == AddInfoEdition::First)
+            boxes << v.chAdd << v.ac44AA << v.ac44AB << v.ac44ABC << v.dtRel1 << v.dtRel2 << v.peOut;
+        else
+            boxes << v.calc115WJ5 << r.misc.repAss << r.misc.opt44AA << r.misc.opt44AB << r.misc.nameChanged;
+        QString out;
+        for (bool b : boxes)
+            out += b ? QLatin1Char('1') : QLatin1Char('0');
+        return out;
+    }
+    static void tickAll(AddInfoRecord& r, bool on)
+    {
+        AddInfoValues& v = r.values;
+        for (bool* b : {&v.revRet, &v.peIndia, &v.empBoth, &v.sepBooks, &v.calc115WJ, &v.calc115WK, &v.intUpto, &v.chAdd,
+                        &v.ac44AA, &v.ac44AB, &v.ac44ABC, &v.dtRel1, &v.dtRel2, &v.peOut, &v.calc115WJ5, &r.misc.repAss,
+                        &r.misc.opt44AA, &r.misc.opt44AB, &r.misc.nameChanged})
+            *b = on;
+        v.intDt = on ? QStringLiteral("31/03/2008") : QString();
+    }
+
+    void insertThenUpdateEveryBox_data()
+    {
+        QTest::addColumn<int>("edition");
+        QTest::addColumn<bool>("firstTicked");
+        QTest::newRow("first edition, ticked then unticked") << int(AddInfoEdition::First) << true;
+        QTest::newRow("first edition, unticked then ticked") << int(AddInfoEdition::First) << false;
+        QTest::newRow("second edition, ticked then unticked") << int(AddInfoEdition::Second) << true;
+        QTest::newRow("second edition, unticked then ticked") << int(AddInfoEdition::Second) << false;
+    }
+
+    void insertThenUpdateEveryBox()
+    {
+        QFETCH(int, edition);
+        QFETCH(bool, firstTicked);
+        const auto e = AddInfoEdition(edition);
+        const bool second = e == AddInfoEdition::Second;
+        for (bool ticked : {firstTicked, !firstTicked}) {
+            // GIVEN every box ticked (or none), saved as insert the first time and as update the second
+            AddInfoRecord r = openRecord(e);
+            const bool update = !r.marker.isEmpty();
+            QCOMPARE(update, ticked != firstTicked);
+            r.values = sampleAnswers();
+            tickAll(r, ticked);
+            const QString expected = ticks(r, e);
+            test::StatementRecorder recorder;
+            QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+            recorder.stop();
+            // THEN the row is written its way, the second edition's page row afresh, each write flushed
+            QStringList writes{update ? QStringLiteral("update fbt_addinfo") : QStringLiteral("insert fbt_addinfo")};
+            if (second)
+                writes << QStringLiteral("delete fbt_miscinf") << QStringLiteral("insert fbt_miscinf");
+            QCOMPARE(recorder.writes(), writes);
+            QCOMPARE(recorder.unflushedWrites(), QStringList());
+            // AND a fresh load shows every box as it was saved
+            QCOMPARE(ticks(openRecord(e), e), expected);
+            QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
+            QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), second ? 1 : 0);
+        }
+        QCOMPARE(test::logLines(), QStringList());
     }
 
     void aYearWithARowIsUpdatedAndKeepsItsFilingColumns()

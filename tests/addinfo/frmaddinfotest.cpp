@@ -60,36 +60,6 @@ private slots:
     void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo")); }
     void cleanupTestCase() { db_.reset(); }
 
-    void captionsAreTheSystemsOwn_data()
-    {
-        QTest::addColumn<QString>("control");
-        QTest::addColumn<QString>("caption");
-        QTest::newRow("separates books") << "Check1_8"
-                                         << "20.(b) If yes, are you maintaining separates books of account for Indian and Foreign operations?";
-        QTest::newRow("16") << "Check1_2" << "16. Are you liable to tax audit u/s 44AB(c) read with section 44AD/44AE/44AF";
-        QTest::newRow("18 follows 16") << "Check1_3" << "18. In the case of non-resident, is there a permanent establishment (PE) in India";
-        QTest::newRow("19 (ii)") << "Check1_5"
-                                 << "19. (ii) Have you claimed any double taxation relief in respect of a country with which no agreement exists";
-        QTest::newRow("third nature") << "chknob_2" << "Manufacturing cum Trading";
-        QTest::newRow("interest date") << "Check4" << "Calculate Interest Upto Date";
-        QTest::newRow("revised") << "Option1_3" << "Revised Return";
-        QTest::newRow("load") << "cmdloadpre" << "&Load from Previous Year";
-        QTest::newRow("bank") << "cmdbankdet" << "&Bank Details";
-        QTest::newRow("exit") << "cmdexit" << "Save && E&xit";
-    }
-
-    void captionsAreTheSystemsOwn()
-    {
-        QFETCH(QString, control);
-        QFETCH(QString, caption);
-        FrmAddInfo form;
-        QCOMPARE(find<QAbstractButton>(form, control)->text(), caption);
-        QVERIFY(form.windowTitle().startsWith(QStringLiteral("Additional Information \u2014 C001")));
-        auto* sections = find<QComboBox>(form, QStringLiteral("Combo1"));
-        QCOMPARE(sections->count(), 4);
-        QCOMPARE(sections->itemText(3), QStringLiteral("115WD(3)"));
-    }
-
     void enablingChains_data()
     {
         QTest::addColumn<QString>("control");
@@ -156,14 +126,10 @@ private slots:
         QTest::addColumn<QString>("box");
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("ward in capitals") << "txtfields_0" << "ab" << "AB";
         QTest::newRow("quote dropped in ward") << "txtfields_0" << "o'k" << "OK";
         QTest::newRow("quote dropped in a count") << "txtfields_6" << "1'2" << "12";
-        QTest::newRow("quote dropped in a date") << "txtfields_4" << "1'2" << "12";
-        QTest::newRow("letters dropped in an amount") << "txtfields_12" << "abc" << "";
         QTest::newRow("amount keeps digits and point") << "txtfields_12" << "12a.5-" << "12.5";
         QTest::newRow("count keeps digits") << "txtfields_7" << "4x2" << "42";
-        QTest::newRow("AO number in capitals") << "txtfields_11" << "w-3" << "W-3";
     }
 
     void keyFilters()
@@ -360,24 +326,6 @@ private slots:
         QVERIFY(prompter_->texts().isEmpty());
     }
 
-    void frameStaysCentredOnResize_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("roomy") << QSize(1600, 1200);
-        QTest::newRow("wide") << QSize(2000, 1000);
-    }
-
-    void frameStaysCentredOnResize()
-    {
-        QFETCH(QSize, size);
-        FrmAddInfo form;
-        form.show();
-        form.resize(size);
-        QWidget* frame = find(form, QStringLiteral("Frame1"));
-        QCOMPARE(frame->x(), (form.width() - frame->width()) / 2);
-        QCOMPARE(frame->y(), (form.height() - frame->height() - 48) / 2);
-        QVERIFY(find(form, QStringLiteral("cmdexit"))->mapTo(&form, QPoint()).y() > frame->geometry().bottom());
-    }
 };
 
 CORVANE_TEST_CLASS(FrmAddInfoTest)

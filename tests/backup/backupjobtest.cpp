@@ -8,6 +8,7 @@
 #include "screens/backup/archivelayout.h"
 #include "screens/backup/backupjob.h"
 #include "screens/backup/destination.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -195,7 +196,6 @@ private slots:
         QTest::newRow("default database") << "clients" << true << true;
         QTest::newRow("default database in other case") << "CLIENTS" << true << true;
         QTest::newRow("TMPCL_MASTER.MYD") << "TMPCL_MASTER.MYD" << false << false;
-        QTest::newRow("TMPCL_MASTER.MYI") << "TMPCL_MASTER.MYI" << false << false;
         QTest::newRow("tmpcl_master.frm") << "tmpcl_master.frm" << false << false;
         QTest::newRow("TMP_MASTER") << "TMP_MASTER.MYD" << false << false;
         QTest::newRow("CL_MASTER.MYD") << "CL_MASTER.MYD" << false << true;
@@ -259,7 +259,16 @@ private slots:
 
     void roundTripGivesIdenticalTableFilesAndReadableExports()
     {
+        test::StatementRecorder recorder;
         QCOMPARE(backUp(dest_.path()), BackupJob::Outcome::Completed);
+        recorder.stop();
+        // The files are copied from flushed tables held still, and let go after; the job itself writes nothing.
+        QStringList locking;
+        for (const auto& s : recorder.statements())
+            if (s.sql.contains(QStringLiteral("tables"), Qt::CaseInsensitive) && !s.sql.startsWith(QStringLiteral("show"), Qt::CaseInsensitive))
+                locking << s.sql.toUpper();
+        QCOMPARE(locking, (QStringList{"FLUSH TABLES WITH READ LOCK", "UNLOCK TABLES"}));
+        QCOMPARE(recorder.writes(), QStringList());
         QCOMPARE(prompter_->texts(), QStringList{"Backup Completed."});
         QVERIFY(QFileInfo(archive()).isFile());
         QVERIFY(!QFileInfo::exists(dest_.filePath(archiveBaseName(kToday))));
@@ -441,8 +450,13 @@ private slots:
         for (int a : answers)
             prompter_->then(Prompter::Answer(a));
 
+        test::StatementRecorder recorder;
         const BackupJob::Outcome result = backUp(dest_.path());
+        recorder.stop();
         (*db_)->execute("DROP TABLE crashy");
+        // The one repair it tries is flushed on both sides, the lock given up for it
+        QCOMPARE(recorder.writes().filter(QStringLiteral("repair")), QStringList{"repair crashy"});
+        QCOMPARE(recorder.unflushedWrites(), QStringList());
 
         QCOMPARE(int(result), outcome);
         QCOMPARE(prompter_->pending(), 0);

@@ -5,6 +5,7 @@
 #include "core/settings.h"
 #include "screens/backup/archivelayout.h"
 #include "screens/backup/frmbackup.h"
+#include "support/formdriver.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -19,24 +20,11 @@
 #include <QtTest>
 
 using namespace corvane;
+using namespace corvane::test;
 
 namespace {
 
 const QDate kToday(2026, 3, 5);
-
-template <typename T>
-T* child(QWidget& form, const char* name)
-{
-    T* widget = form.findChild<T*>(QLatin1String(name));
-    if (!widget)
-        qFatal("no control %s", name);
-    return widget;
-}
-
-void click(QWidget& form, const char* button)
-{
-    QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
-}
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "core/modbase.h"
 #include "screens/backup/frmrestoration.h"
 #include "screens/backup/restorecandidates.h"
+#include "support/formdriver.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 #include "restoretestsupport.h"
@@ -27,20 +28,6 @@ using namespace corvane::test;
 namespace {
 
 const QDate kToday(2026, 3, 5);
-
-template <typename T>
-T* child(QWidget& form, const char* name)
-{
-    T* widget = form.findChild<T*>(QLatin1String(name));
-    if (!widget)
-        qFatal("no control %s", name);
-    return widget;
-}
-
-void click(QWidget& form, const char* button)
-{
-    QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
-}
 
 // Chooses "Other" in a directory list and types the directory.
 void chooseOther(QWidget& form, const char* combo, const char* box, const QString& directory)

@@ -6,6 +6,7 @@
 #include "core/prompter.h"
 #include "db/connection.h"
 #include "db/sqltext.h"
+#include "support/formdriver.h"
 
 #include <QApplication>
 #include <QStringList>
@@ -87,23 +88,6 @@ inline void insertAccount(Connection& c, const QString& code, int year, int srNo
     for (const QString& cell : cells)
         values << sqlQuote(cell);
     c.execute(QStringLiteral("insert into FBT_BankDet values (%1)").arg(values.join(QLatin1Char(','))));
-}
-
-// Shows a form offscreen as the active window, so that focus moves as on a screen.
-inline void showActive(QWidget& form)
-{
-    form.show();
-    QApplication::setActiveWindow(&form);
-    form.activateWindow();
-}
-
-template <typename T>
-T* child(QWidget& form, const char* name)
-{
-    T* widget = form.findChild<T*>(QString::fromLatin1(name));
-    if (!widget)
-        qFatal("no widget %s", name);
-    return widget;
 }
 
 } // namespace corvane::test

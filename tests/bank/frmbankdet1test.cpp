@@ -5,6 +5,7 @@
 #include "core/errorlog.h"
 #include "db/schema.h"
 #include "screens/bank/frmbankdet1.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -46,10 +47,6 @@ class BankMasterScreenTest : public QObject {
         auto form = std::make_unique<frmbankdet1>();
         showActive(*form);
         return form;
-    }
-    static void click(frmbankdet1& form, const char* button)
-    {
-        QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
     }
     static void clicks(frmbankdet1& form, const QString& buttons)
     {
@@ -140,37 +137,47 @@ private slots:
 
     void addAndUpdate_data()
     {
+        QTest::addColumn<int>("records");
         QTest::addColumn<QString>("typedCode");
+        QTest::addColumn<QString>("name");
         QTest::addColumn<int>("storedCode");
         QTest::addColumn<QString>("shownCode");
-        QTest::newRow("the proposed code") << QString() << 4 << "4";
-        QTest::newRow("a code box without a number writes 0") << "ABC" << 0 << "3";
-        QTest::newRow("the number at the start of the box") << "12X" << 12 << "12";
+        QTest::newRow("the first record") << 0 << QString() << "NEW BANK" << 1 << "1";
+        QTest::newRow("the proposed code, a pasted quote and backslash") << 3 << QString() << "O'BRIEN \\ SONS" << 4 << "4";
+        QTest::newRow("a code box without a number writes 0") << 3 << "ABC" << "NEW BANK" << 0 << "3";
+        QTest::newRow("the number at the start of the box") << 3 << "12X" << "NEW BANK" << 12 << "12";
     }
     void addAndUpdate()
     {
+        QFETCH(int, records);
         QFETCH(QString, typedCode);
+        QFETCH(QString, name);
         QFETCH(int, storedCode);
         QFETCH(QString, shownCode);
-        // GIVEN three records, and a new one typed after Add
-        seed(3);
+        // GIVEN the records, and a new one typed after Add
+        seed(records);
         auto form = open();
         click(*form, "cmdadd");
-        QCOMPARE(form->txtfields().at(0)->text(), QStringLiteral("4"));
+        QCOMPARE(form->txtfields().at(0)->text(), QString::number(records + 1));
         if (!typedCode.isNull())
             form->txtfields().at(0)->setText(typedCode);
-        form->txtfields().at(1)->setText(QStringLiteral("NEW BANK"));
+        form->txtfields().at(1)->setText(name);
         form->txtfields().at(2)->setText(QStringLiteral("NEW BRANCH"));
         form->txtfields().at(3)->setText(QStringLiteral("NB001"));
         // WHEN Update is clicked
+        StatementRecorder recorder;
         click(*form, "cmdupdate");
-        // THEN the row is in the table, the screen browses again and shows the last record in code order
-        QCOMPARE(db->count(QStringLiteral("Bank_Master")), 4);
+        recorder.stop();
+        // THEN the row is inserted and flushed, the screen browses again and shows the last record in code order
+        QCOMPARE(recorder.writes(), QStringList{"insert bank_master"});
+        QCOMPARE(recorder.unflushedWrites(), QStringList());
+        QCOMPARE(db->count(QStringLiteral("Bank_Master")), records + 1);
         QCOMPARE(db->scalar(QStringLiteral("select concat_ws('|', bank_name, branch, branch_code) from Bank_Master where bank_code_no = %1").arg(storedCode)),
-                 QStringLiteral("NEW BANK|NEW BRANCH|NB001"));
+                 name + QStringLiteral("|NEW BRANCH|NB001"));
         QCOMPARE(form->txtfields().at(0)->text(), shownCode);
         QVERIFY(browsing(*form));
         QVERIFY(!form->adding());
+        QCOMPARE(logLines(), QStringList());
     }
 
     void addThenCancelWritesNothing()
@@ -191,54 +198,51 @@ private slots:
         QVERIFY(!form->adding());
     }
 
-    void modifyUpdatesInPlace()
+    void modify_data()
     {
-        // GIVEN the second of three records in modification
+        QTest::addColumn<QString>("buttons");
+        QTest::addColumn<QString>("typedCode");
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<bool>("changed");
+        QTest::newRow("the first record") << "" << QString() << "1" << true;
+        QTest::newRow("a middle record") << "cmdnext" << QString() << "2" << true;
+        QTest::newRow("the last record") << "cmdlast" << QString() << "3" << true;
+        // The code box is also the key: a changed code matches no row, and nothing is reported.
+        QTest::newRow("a changed code changes nothing") << "cmdnext" << "7" << "2" << false;
+    }
+    void modify()
+    {
+        QFETCH(QString, buttons);
+        QFETCH(QString, typedCode);
+        QFETCH(QString, code);
+        QFETCH(bool, changed);
+        // GIVEN a record of three in modification
         seed(3);
         auto form = open();
-        click(*form, "cmdnext");
+        clicks(*form, buttons);
         click(*form, "cmdmodify");
         QVERIFY(editing(*form));
         QVERIFY(!form->adding());
+        if (!typedCode.isNull())
+            form->txtfields().at(0)->setText(typedCode);
         form->txtfields().at(1)->setText(QStringLiteral("RENAMED BANK"));
         // WHEN Update is clicked
+        StatementRecorder recorder;
         click(*form, "cmdupdate");
-        // THEN that row changed, the others not, and the same record shows again
-        QCOMPARE(table(), (QStringList{"1|BANK 1|BRANCH 1|BC1", "2|RENAMED BANK|BRANCH 2|BC2", "3|BANK 3|BRANCH 3|BC3"}));
-        QCOMPARE(shown(*form), (QStringList{"2", "RENAMED BANK", "BRANCH 2", "BC2"}));
+        recorder.stop();
+        // THEN that row alone changed and was flushed, and the same record shows again
+        QCOMPARE(recorder.unflushedWrites(), QStringList());
+        QStringList expected;
+        for (int i = 1; i <= 3; ++i) {
+            const QString n = QString::number(i);
+            expected << n + (changed && n == code ? QStringLiteral("|RENAMED BANK") : QStringLiteral("|BANK ") + n)
+                    + QStringLiteral("|BRANCH ") + n + QStringLiteral("|BC") + n;
+        }
+        QCOMPARE(table(), expected);
+        QCOMPARE(shown(*form), (QStringList{code, changed ? QStringLiteral("RENAMED BANK") : QStringLiteral("BANK ") + code,
+                                            QStringLiteral("BRANCH ") + code, QStringLiteral("BC") + code}));
         QVERIFY(browsing(*form));
-    }
-
-    void modifyWithChangedCodeChangesNothing()
-    {
-        // GIVEN the second record in modification with its code box changed
-        seed(3);
-        auto form = open();
-        click(*form, "cmdnext");
-        const QStringList before = table();
-        click(*form, "cmdmodify");
-        form->txtfields().at(0)->setText(QStringLiteral("7"));
-        form->txtfields().at(1)->setText(QStringLiteral("LOST NAME"));
-        // WHEN Update is clicked
-        click(*form, "cmdupdate");
-        // THEN no row matched the changed code: the table is unchanged, and nothing is reported
-        QCOMPARE(table(), before);
-        QCOMPARE(shown(*form), (QStringList{"2", "BANK 2", "BRANCH 2", "BC2"}));
         QCOMPARE(prompts->texts(), QStringList());
-        QCOMPARE(logLines(), QStringList());
-    }
-
-    void valuesWithQuotesAreStoredAsTyped()
-    {
-        // GIVEN a pasted bank name holding a quote and a backslash (the key filter only stops typed quotes)
-        auto form = open();
-        click(*form, "cmdadd");
-        const QString name = QStringLiteral("O'BRIEN \\ SONS BANK");
-        form->txtfields().at(1)->setText(name);
-        // WHEN it is saved
-        click(*form, "cmdupdate");
-        // THEN the table holds exactly that text
-        QCOMPARE(db->scalar(QStringLiteral("select bank_name from Bank_Master where bank_code_no = 1")), name);
         QCOMPARE(logLines(), QStringList());
     }
 
@@ -249,6 +253,7 @@ private slots:
         QTest::addColumn<bool>("yes");
         QTest::addColumn<int>("remaining");
         QTest::addColumn<QString>("shownCode");
+        QTest::newRow("the first record shows the next") << 3 << "" << true << 2 << "2";
         QTest::newRow("the middle record shows the next") << 3 << "cmdnext" << true << 2 << "3";
         QTest::newRow("the last record shows the new last") << 3 << "cmdlast" << true << 2 << "2";
         QTest::newRow("the only record leaves the fields empty") << 1 << "" << true << 0 << "";

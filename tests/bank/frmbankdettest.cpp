@@ -4,6 +4,7 @@
 #include "core/errorlog.h"
 #include "db/schema.h"
 #include "screens/bank/frmbankdet.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -63,10 +64,6 @@ class BankAccountsScreenTest : public QObject {
         auto form = std::make_unique<frmbankdet>();
         showActive(*form);
         return form;
-    }
-    static void click(frmbankdet& form, const char* button)
-    {
-        QTest::mouseClick(child<QPushButton>(form, button), Qt::LeftButton);
     }
     static QTableWidget* grid(frmbankdet& form) { return child<QTableWidget>(form, "vsf1"); }
     static void select(frmbankdet& form, int row) { grid(form)->setCurrentCell(row, 0); }
@@ -225,32 +222,48 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, "cmdmodify"));
     }
 
-    void deletingTheMiddleOfThreeRenumbers()
+    void deletion_data()
     {
-        // GIVEN three accounts, the middle one selected
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QStringList>("banks"); // what stays, in SrNo order
+        QTest::newRow("the first renumbers the others") << 0 << true << QStringList{"BANK 2", "BANK 3"};
+        QTest::newRow("a middle one renumbers the last") << 1 << true << QStringList{"BANK 1", "BANK 3"};
+        QTest::newRow("the last, the default, leaves the others") << 2 << true << QStringList{"BANK 1", "BANK 2"};
+        QTest::newRow("No keeps every one") << 1 << false << QStringList{"BANK 1", "BANK 2", "BANK 3"};
+    }
+    void deletion()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, yes);
+        QFETCH(QStringList, banks);
+        // GIVEN three accounts, the last the default, one selected
         seed(kYear, 3, 3);
         auto form = open();
-        select(*form, 1);
-        // WHEN it is deleted with Yes
-        prompts->then(Prompter::Answer::Yes);
+        select(*form, row);
+        // WHEN it is deleted and the question answered
+        prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
+        StatementRecorder recorder;
         click(*form, "cmddelete");
-        // THEN the question had its title, and the table holds SrNo 1 and 2 with the first and third
+        recorder.stop();
+        // THEN the question had its title, and the others are stored numbered from 1, one of them the default
         QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to delele the selected item?")});
         QCOMPARE(prompts->asked().front().title, QStringLiteral("Delete Confirmation"));
-        QCOMPARE(stored(), (QStringList{"1|BANK 1|ADDRESS 1|400240011|SAVINGS|ACC1|N|N",
-                                        "2|BANK 3|ADDRESS 3|400240013|SAVINGS|ACC3|N|Y"}));
-        QCOMPARE(gridColumn(*form, 0), (QStringList{"BANK 1", "BANK 3"}));
-    }
-
-    void deletingWithNoKeepsEverything()
-    {
-        seed(kYear, 2, 1);
-        auto form = open();
-        select(*form, 1);
-        prompts->then(Prompter::Answer::No);
-        click(*form, "cmddelete");
-        QCOMPARE(stored().size(), 2);
-        QCOMPARE(grid(*form)->rowCount(), 2);
+        QStringList numbers, names, defaults;
+        for (const QString& r : stored()) {
+            numbers << r.section(QLatin1Char('|'), 0, 0);
+            names << r.section(QLatin1Char('|'), 1, 1);
+            defaults << r.section(QLatin1Char('|'), 7, 7);
+        }
+        QCOMPARE(names, banks);
+        QCOMPARE(numbers, (QStringList{"1", "2", "3"}).mid(0, banks.size()));
+        QCOMPARE(defaults.count(QStringLiteral("Y")), 1);
+        QCOMPARE(gridColumn(*form, 0), banks);
+        // AND the old rows were flushed away before the new ones were written, and those flushed
+        QStringList sequence;
+        if (yes)
+            sequence << "delete fbt_bankdet" << "flush" << QStringList(banks.size(), QStringLiteral("insert fbt_bankdet")) << "flush";
+        QCOMPARE(recorder.sequence(), sequence);
     }
 
     void micrLengthOnLeavingTheBox_data()
@@ -340,29 +353,6 @@ private slots:
             QVERIFY(!form->isVisible());
             QCOMPARE(prompts->texts().size(), 1);
         }
-    }
-
-    void fullScreenView()
-    {
-        // GIVEN the normal view
-        seed(kYear, 2, 1);
-        auto form = open();
-        QPushButton* view = child<QPushButton>(*form, "cmdview");
-        const int normalHeight = grid(*form)->height();
-        // WHEN View Full Screen is clicked
-        click(*form, "cmdview");
-        form->layout()->activate();
-        // THEN the entry frame is hidden, the grid takes its height and the caption changes
-        QVERIFY(child<QGroupBox>(*form, "Frame2")->isHidden());
-        QVERIFY(grid(*form)->height() > normalHeight);
-        QCOMPARE(view->text(), QStringLiteral("&View Normal"));
-        // WHEN it is clicked again
-        click(*form, "cmdview");
-        form->layout()->activate();
-        // THEN the normal view is back
-        QVERIFY(!child<QGroupBox>(*form, "Frame2")->isHidden());
-        QCOMPARE(grid(*form)->height(), normalHeight);
-        QCOMPARE(view->text(), QStringLiteral("&View Full Screen"));
     }
 
     void micrLookup_data()
@@ -490,16 +480,6 @@ private slots:
         QCOMPARE(form->isVisible(), staysOpen);
         QCOMPARE(form->editing(), staysOpen);
         QCOMPARE(stored(), rows);
-    }
-
-    void titleSaysWhoseAccountsTheyAre()
-    {
-        (*db)->execute(QStringLiteral("delete from FBT_Info"));
-        (*db)->execute(QStringLiteral("insert into FBT_Info (Code_No, Name) values (%1, %2)")
-                           .arg(sqlQuote(kClient), sqlQuote(QStringLiteral("SHARMA & CO"))));
-        auto form = open();
-        QCOMPARE(form->windowTitle(), QStringLiteral("Bank Details \u2014 A001 SHARMA & CO \u2014 2008-09"));
-        (*db)->execute(QStringLiteral("delete from FBT_Info"));
     }
 
     void eachCellIsReadOnItsOwn()

@@ -1,6 +1,7 @@
 #include "components/bankinfo/lookupimport.h"
 #include "core/failure.h"
 #include "core/progress.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -280,6 +281,39 @@ private slots:
         // WHEN a replacing import has a good row THEN the list holds only the file's rows
         r = load(Kind::Ao, kAoHeader + "CHENNAI,CHE,C,1,1,\n", ImportOptions{true, 1000});
         QCOMPARE(rows(QStringLiteral("select City, AoNo from MiscInf_AO")), QStringList{"CHENNAI|1"});
+    }
+
+    void everyBatchIsWritten_data()
+    {
+        QTest::addColumn<bool>("replace");
+        QTest::addColumn<int>("lines");
+        for (bool replace : {false, true}) {
+            const char* how = replace ? "replacing" : "adding";
+            QTest::newRow(qPrintable(QStringLiteral("%1, less than a batch").arg(how))) << replace << 1;
+            QTest::newRow(qPrintable(QStringLiteral("%1, one full batch").arg(how))) << replace << 2;
+            QTest::newRow(qPrintable(QStringLiteral("%1, one more than a batch").arg(how))) << replace << 3;
+            QTest::newRow(qPrintable(QStringLiteral("%1, several batches").arg(how))) << replace << 6;
+        }
+    }
+    void everyBatchIsWritten()
+    {
+        QFETCH(bool, replace);
+        QFETCH(int, lines);
+        // GIVEN a list of two rows and a file of other rows, written two to a statement
+        load(Kind::Ao, kAoHeader + "MUMBAI,MUM,W,11,3,\nMUMBAI,MUM,W,11,4,\n");
+        QByteArray bytes = kAoHeader;
+        for (int i = 1; i <= lines; ++i)
+            bytes += QStringLiteral("CHENNAI,CHE,C,1,%1,\n").arg(100 + i).toLatin1();
+        // WHEN it is imported
+        StatementRecorder recorder;
+        const ImportResult r = load(Kind::Ao, bytes, ImportOptions{replace, 2});
+        recorder.stop();
+        // THEN every row is in, in one statement per batch, beside the old rows or in their place
+        QCOMPARE(r.loaded, lines);
+        QCOMPARE(recorder.writes().filter(QStringLiteral("insert")).size(), (lines + 1) / 2);
+        QCOMPARE(db->count(QStringLiteral("MiscInf_AO"), QStringLiteral("City='CHENNAI'")), lines);
+        QCOMPARE(db->count(QStringLiteral("MiscInf_AO")), lines + (replace ? 0 : 2));
+        QCOMPARE(rows(QStringLiteral("show tables like 'miscinf\\_ao\\_\\_%'")), QStringList());
     }
 
     void aHundredThousandRows()

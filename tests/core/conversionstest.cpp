@@ -36,7 +36,10 @@ private slots:
         QTest::newRow("one rupee and paisa") << "1.50" << "One Rupee And Fifty Paisa Only" << 0;
         QTest::newRow("lac") << "100000" << "One Lac Only" << 0;
         QTest::newRow("crore") << "10000000" << "One Crore Only" << 0;
-        QTest::newRow("thousand one") << "1001" << "One Thousand One Only" << 0;
+        QTest::newRow("ten") << "10" << "Ten Only" << 0;
+        QTest::newRow("nineteen") << "19" << "Nineteen Only" << 0;
+        QTest::newRow("nineteen in every group") << "191919919"
+                                                 << "Nineteen Crore Nineteen Lac Nineteen Thousand Nine Hundred Nineteen Only" << 0;
         QTest::newRow("no And inside hundreds") << "101" << "One Hundred One Only" << 0;
         QTest::newRow("half point") << "12.5" << "Twelve And Fifty Paisa Only" << 0;
         QTest::newRow("Indian grouping") << "1234567" << "Twelve Lac Thirty Four Thousand Five Hundred Sixty Seven Only" << 0;
@@ -44,6 +47,7 @@ private slots:
         QTest::newRow("third decimal dropped") << ".567" << "Fifty Six Paisa" << 0;
         QTest::newRow("point without decimals") << "12." << "Twelve Only" << 0;
         QTest::newRow("teens and tens") << "11020" << "Eleven Thousand Twenty Only" << 0;
+        QTest::newRow("nineteen paisa") << "0.19" << "Nineteen Paisa" << 0;
         QTest::newRow("largest with names") << "999999999"
                                             << "Ninety Nine Crore Ninety Nine Lac Ninety Nine Thousand Nine Hundred Ninety Nine Only" << 0;
         QTest::newRow("blanks around") << "  42  " << "Forty Two Only" << 0;
@@ -84,13 +88,15 @@ private slots:
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("words");
 
-        QTest::newRow("tens 21") << "tens" << "21" << "Twenty One";
+        QTest::newRow("tens 10") << "tens" << "10" << "Ten";
+        QTest::newRow("tens 19") << "tens" << "19" << "Nineteen";
         QTest::newRow("tens 20") << "tens" << "20" << "Twenty";
+        QTest::newRow("tens 99") << "tens" << "99" << "Ninety Nine";
         QTest::newRow("tens 05") << "tens" << "05" << "Five";
         QTest::newRow("tens 00") << "tens" << "00" << "";
         QTest::newRow("tens lone 1") << "tens" << "1" << "";
         QTest::newRow("hundreds 105") << "hundreds" << "105" << "One Hundred Five";
-        QTest::newRow("hundreds 250") << "hundreds" << "250" << "Two Hundred Fifty";
+        QTest::newRow("hundreds 919") << "hundreds" << "919" << "Nine Hundred Nineteen";
         QTest::newRow("hundreds 007") << "hundreds" << "007" << "Seven";
         QTest::newRow("hundreds 000") << "hundreds" << "000" << "";
         QTest::newRow("digit 0") << "digit" << "0" << "";
@@ -149,9 +155,9 @@ private slots:
         QTest::newRow("points, January") << "5.1.8" << f << "2009" << 0 << "05/01/2008" << "2009";
         QTest::newRow("April takes the year before") << "15/4/8" << f << "2009" << 0 << "15/04/2008" << "2008";
         QTest::newRow("no such day") << "31/02/2008" << f << "2009" << 0 << "" << "2009";
-        QTest::newRow("beyond 2029 goes back a century") << "12/05/35" << f << "2009" << 0 << "12/05/1935" << "2008";
+        QTest::newRow("29 stays in the century") << "12/05/29" << f << "2009" << 0 << "12/05/2029" << "2008";
+        QTest::newRow("30 goes back a century") << "12/05/30" << f << "2009" << 0 << "12/05/1930" << "2008";
         QTest::newRow("decade not taken from the year") << "1/1/8" << f << "2015" << 0 << "01/01/2008" << "2015";
-        QTest::newRow("two-digit year") << "1/1/18" << f << "2015" << 0 << "01/01/2018" << "2015";
         QTest::newRow("four-digit year leaves the variable") << "5-1-2008" << f << "2011" << 0 << "05/01/2008" << "2011";
         QTest::newRow("no year takes the variable") << "5/1" << f << "2009" << 0 << "05/01/2009" << "2009";
         QTest::newRow("no year, April") << "5/4" << f << "2009" << 0 << "05/04/2008" << "2008";
@@ -232,6 +238,7 @@ private slots:
         QTest::newRow("letters") << "a/1/2008" << false;
         QTest::newRow("month name") << "5 Jan 2008" << false;
         QTest::newRow("three-digit year before 100") << "5/1/099" << false;
+        QTest::newRow("00 is 2000: a leap day") << "29/2/00" << true;
         QTest::newRow("three-digit year") << "5/1/999" << true;
         QTest::newRow("five-digit year") << "5/1/10000" << false;
         QTest::newRow("lone number") << "5" << false;
@@ -256,8 +263,11 @@ private slots:
         QTest::newRow("month overflows") << 2008.0 << 13.0 << 1.0 << QDate(2009, 1, 1);
         QTest::newRow("month 0") << 2008.0 << 0.0 << 1.0 << QDate(2007, 12, 1);
         QTest::newRow("day 0") << 2008.0 << 3.0 << 0.0 << QDate(2008, 2, 29);
-        QTest::newRow("year 8") << 8.0 << 1.0 << 5.0 << QDate(2008, 1, 5);
-        QTest::newRow("year 35") << 35.0 << 1.0 << 1.0 << QDate(1935, 1, 1);
+        QTest::newRow("year 0") << 0.0 << 1.0 << 5.0 << QDate(2000, 1, 5);
+        QTest::newRow("year 29") << 29.0 << 1.0 << 1.0 << QDate(2029, 1, 1);
+        QTest::newRow("year 30") << 30.0 << 1.0 << 1.0 << QDate(1930, 1, 1);
+        QTest::newRow("year 99") << 99.0 << 12.0 << 31.0 << QDate(1999, 12, 31);
+        QTest::newRow("year 100") << 100.0 << 1.0 << 1.0 << QDate(100, 1, 1);
         QTest::newRow("year -18") << -18.0 << 1.0 << 1.0 << QDate();
         QTest::newRow("year 99999") << 99999.0 << 1.0 << 1.0 << QDate();
         QTest::newRow("past 9999") << 9999.0 << 13.0 << 1.0 << QDate();

@@ -2,6 +2,7 @@
 #include "component/clsmain.h"
 #include "core/modbase.h"
 #include "db/sqltext.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -68,9 +69,16 @@ private slots:
     void deleteClientLeavesNoOrphans()
     {
         // GIVEN two clients with bills and receipts WHEN the first is deleted
+        test::StatementRecorder recorder;
         const ClientDataResult result = DeleteClient(db_->connection().get(), QStringLiteral("C001"));
+        recorder.stop();
 
-        // THEN none of its rows remain, its bill and receipt lines went with them, the other client is whole
+        // THEN each delete was flushed before the next (the backup copies the table files), details first
+        QCOMPARE(recorder.unflushedWrites(), QStringList());
+        QCOMPARE(recorder.writes().mid(0, 2), (QStringList{"delete bill_det", "delete recp_det"}));
+        QCOMPARE(recorder.writes().size(), 2 + kClientTables.size());
+
+        // AND none of its rows remain, its bill and receipt lines went with them, the other client is whole
         QCOMPARE(rowsOf(QStringLiteral("C001")), 0);
         QCOMPARE(orphanDetails(), 0);
         QCOMPARE(rowsOf(QStringLiteral("C002")), 10);
@@ -160,31 +168,45 @@ private slots:
     {
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("oldCd");
+        QTest::addColumn<QString>("newCd");
         QTest::addColumn<int>("changed");
 
-        QTest::newRow("capitals") << "C001" << "C001" << 10;
-        QTest::newRow("old code in small letters changes nothing") << "C001" << "c001" << 0;
-        QTest::newRow("stored in small letters, asked in capitals") << "c003" << "C003" << 10;
-        QTest::newRow("stored in small letters, asked so") << "c003" << "c003" << 0;
+        const QString full(20, QLatin1Char('N')); // as long as code_no
+        QTest::newRow("capitals") << "C001" << "C001" << "N100" << 10;
+        QTest::newRow("old code in small letters changes nothing") << "C001" << "c001" << "N100" << 0;
+        QTest::newRow("stored in small letters, asked in capitals") << "c003" << "C003" << "N100" << 10;
+        QTest::newRow("stored in small letters, asked so") << "c003" << "c003" << "N100" << 0;
+        QTest::newRow("new code fills the column") << "C001" << "C001" << full << 10;
+        QTest::newRow("new code one longer is refused") << "C001" << "C001" << full + QLatin1Char('N') << -1;
     }
 
     void changeCode()
     {
         QFETCH(QString, stored);
         QFETCH(QString, oldCd);
+        QFETCH(QString, newCd);
         QFETCH(int, changed);
         if (stored != QLatin1String("C001"))
             seedClient(**db_, stored, 300);
 
-        const ClientDataResult result = ChangeCode(db_->connection().get(), oldCd, QStringLiteral("N100"));
+        test::StatementRecorder recorder;
+        const ClientDataResult result = ChangeCode(db_->connection().get(), oldCd, newCd);
+        recorder.stop();
 
+        const bool refused = changed < 0;
+        changed = qMax(0, changed);
         QCOMPARE(result.rows, changed);
-        QCOMPARE(rowsOf(QStringLiteral("N100")), changed);
+        QCOMPARE(result.refusal.isEmpty(), !refused);
+        QCOMPARE(rowsOf(newCd), changed);
         QCOMPARE(rowsOf(stored), 10 - changed);
         QCOMPARE(rowsOf(QStringLiteral("C002")), 10);
         // Detail lines hang on their bills and receipts, whatever the code.
         QCOMPARE(orphanDetails(), 0);
-        QVERIFY(test::logLines().isEmpty());
+        QCOMPARE(test::logLines().size(), refused ? 1 : 0);
+        // Every table is updated and flushed, or none is touched after the refusal.
+        QCOMPARE(recorder.writes().size(), refused ? 0 : int(kClientTables.size()));
+        QCOMPARE(recorder.flushes(), refused ? 0 : int(kClientTables.size()));
+        QCOMPARE(recorder.unflushedWrites(), QStringList());
     }
 
     void changeCodeToACodeInUseGoesOnAfterTheFailure()
@@ -195,7 +217,7 @@ private slots:
 
         // THEN the master's statement failed and was logged, every other table was changed
         const QStringList lines = test::logLines();
-        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.size() == 1, qPrintable(lines.join(QLatin1Char('\n'))));
         QCOMPARE(lines.first().section(QLatin1Char('\t'), 1, 1), QStringLiteral("1062"));
         QCOMPARE(test::logContexts(), QStringList{QStringLiteral("CLSDATA\tCHANGECODE")});
         QCOMPARE(result.failures, 1);

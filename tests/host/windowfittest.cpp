@@ -51,25 +51,6 @@ private slots:
                                                            .arg(outer.width()).arg(outer.height())));
     }
 
-    void aboutSaysVersionDatabaseAndLog()
-    {
-        // GIVEN the window on the test database (a configured server, not the private one)
-        HostFixture f(QStringLiteral("about"), true, true);
-        QVERIFY(f.start());
-        MainWindow window(f.cls, *f.session);
-        QAction* about = window.findChild<QAction*>(QStringLiteral("mnuabout"));
-        QVERIFY(about);
-        // WHEN Help → About FBT is chosen
-        about->trigger();
-        // THEN one information box names the database in use and the log file
-        QCOMPARE(f.answers->texts().size(), 1);
-        const QString text = f.answers->texts().first();
-        QCOMPARE(f.answers->asked().front().title, QStringLiteral("About FBT"));
-        QVERIFY(text.startsWith(QStringLiteral("FBT ")));
-        QVERIFY2(text.contains(QStringLiteral("Database: ") + f.db.name() + QStringLiteral(" on ")), qPrintable(text));
-        QVERIFY(text.contains(QStringLiteral("Log file: ") + logFilePath()));
-    }
-
     void searchKeepsTheChosenClientInView()
     {
         // GIVEN the demo clients, one chosen far down a search

@@ -2,6 +2,7 @@
 
 #include "components/repview/reportdocument.h"
 #include "screens/register/pending.h"
+#include "support/formdriver.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -21,39 +22,11 @@ using namespace corvane::returnregister;
 
 namespace {
 
-template <typename T>
-T* child(QWidget& form, const char* name)
-{
-    T* widget = form.findChild<T*>(QString::fromLatin1(name));
-    if (!widget)
-        qFatal("no widget %s", name);
-    return widget;
-}
-
-QString texts(QWidget& form, const char* name)
-{
-    if (auto* b = form.findChild<QAbstractButton*>(QString::fromLatin1(name)))
-        return b->text();
-    if (auto* l = form.findChild<QLabel*>(QString::fromLatin1(name)))
-        return l->text();
-    if (auto* a = form.findChild<QAction*>(QString::fromLatin1(name)))
-        return a->text();
-    return QStringLiteral("<missing %1>").arg(QString::fromLatin1(name));
-}
-
 // Whether a cell editor of the grid has the focus.
 bool editing(QTableView* grid)
 {
     QWidget* editor = QApplication::focusWidget();
     return editor && editor->parentWidget() == grid->viewport();
-}
-
-QStringList items(QComboBox* box)
-{
-    QStringList list;
-    for (int i = 0; i < box->count(); ++i)
-        list << box->itemText(i);
-    return list;
 }
 
 } // namespace
@@ -97,30 +70,6 @@ private slots:
         insertClient(c, QStringLiteral("b21"), QStringLiteral("beta annexe"));
         insertClient(c, QStringLiteral("Z30"), QStringLiteral("Zeta"));
         insertFiling(c, QStringLiteral("K10"), 2008, QStringLiteral("15/07/2008"), QStringLiteral("ACK-K"), QStringLiteral("31/07/2008"));
-    }
-
-    void captionsAndLists()
-    {
-        auto form = open();
-        const QList<QPair<const char*, const char*>> captions{
-            {"lblasyear", "Assessment Year"}, {"lblreturn", "Returns"},        {"lblmode", "Entry Mode"},
-            {"cmdproceed", "&Proceed"},       {"cmdback_0", "&Back"},          {"Option1_0", "&All"},
-            {"Option1_1", "&Specificied Period"}, {"lblbegin", "Begin Date"},  {"lblend", "End Date"},
-            {"Command1", "&Proceed"},         {"Command2", "&Cancel"},         {"lblcode", "Code No."},
-            {"lblnm", "Name"},                {"lblfldt", "Date of Filing"},   {"lblrecno", "Receipt No."},
-            {"cmdsave", "&Save"},             {"cmdback_1", "Bac&K"},          {"mnuopt", "&Options"},
-            {"Dos", "Print Previe&w"},        {"mnuExit", "E&xit"}};
-        for (const auto& [name, caption] : captions)
-            QCOMPARE(texts(*form, name), QString::fromLatin1(caption));
-        QCOMPARE(items(child<QComboBox>(*form, "cboasyear")), (QStringList{"2006-07", "2007-08", "2008-09"}));
-        QCOMPARE(child<QComboBox>(*form, "cboasyear")->currentText(), QStringLiteral("2008-09"));
-        QCOMPARE(items(child<QComboBox>(*form, "cboreturn")), (QStringList{"All", "Pending", "Filed"}));
-        QCOMPARE(items(child<QComboBox>(*form, "cbomode")), (QStringList{"All", "Code No. Wise", "Name Wise"}));
-        QVERIFY(child<QGroupBox>(*form, "Frame1")->isVisible());
-        for (const char* hidden : {"Frame2", "Frame3", "Grid2", "lblhead"})
-            QVERIFY2(!form->findChild<QWidget*>(QString::fromLatin1(hidden))->isVisible(), hidden);
-        QVERIFY(!form->mnuopt()->isVisible());
-        QVERIFY(!form->Dos()->isVisible());
     }
 
     void registerViewAndEditingColumns()

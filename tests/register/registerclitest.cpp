@@ -150,19 +150,12 @@ private slots:
         QTest::newRow("new date, interest yes")
             << QStringList{"filing", "A1", "--year", "2008", "--date", "10/04/2008", "--interest", "yes"} << 0 << ""
             << "10/04/2008" << "K-1" << "10/04/2008";
-        QTest::newRow("new date, interest no")
-            << QStringList{"filing", "A1", "--year", "2008", "--date", "10/04/2008", "--interest", "no"} << 0 << ""
-            << "10/04/2008" << "K-1" << "30/06/2008";
         QTest::newRow("new date, no answer without a terminal")
             << QStringList{"filing", "A1", "--year", "2008", "--date", "10/04/2008"} << 1 << "--interest" << "01/04/2008"
             << "K-1" << "30/06/2008";
         QTest::newRow("number only, stored dates kept")
             << QStringList{"filing", "A1", "--year", "2008", "--ack", "K-9", "--interest", "no"} << 0 << "" << "01/04/2008" << "K-9"
             << "30/06/2008";
-        QTest::newRow("cleared date clears the interest date")
-            << QStringList{"filing", "A1", "--year", "2008", "--date", ""} << 0 << "" << "" << "K-1" << "";
-        QTest::newRow("todate stays") << QStringList{"filing", "C3", "--year", "2008", "--date", "20/05/2008"} << 0 << ""
-                                      << "20/05/2008" << "K-3" << "todate";
         QTest::newRow("no code") << QStringList{"filing", "--year", "2008"} << 2 << "" << "" << "" << "";
         QTest::newRow("bad interest answer")
             << QStringList{"filing", "A1", "--year", "2008", "--interest", "maybe"} << 2 << "" << "01/04/2008" << "K-1"

@@ -15,8 +15,9 @@ using Damage = TableFiles::Damage;
 class CheckCliTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<TestDatabase> db;
-    std::unique_ptr<TableFiles> files;
+    DamageBench bench;
+    std::unique_ptr<TestDatabase>& db = bench.db;
+    std::unique_ptr<TableFiles>& files = bench.files;
 
     CliResult corvane(const QStringList& args)
     {
@@ -25,16 +26,8 @@ class CheckCliTest : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        db = std::make_unique<TestDatabase>(QStringLiteral("checkcli"), false);
-        files = std::make_unique<TableFiles>(**db);
-    }
-    void cleanupTestCase()
-    {
-        files.reset();
-        db.reset();
-    }
+    void initTestCase() { bench.open(QStringLiteral("checkcli")); }
+    void cleanupTestCase() { bench.close(); }
     void init()
     {
         files->dropAll();

@@ -4,6 +4,7 @@
 #include "core/progress.h"
 #include "core/resumenext.h"
 #include "screens/repair/checkrepairjob.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -37,8 +38,9 @@ QStringList reports(const QList<TableProblem>& problems)
 class CheckRepairJobTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<TestDatabase> db;
-    std::unique_ptr<TableFiles> files;
+    DamageBench bench;
+    std::unique_ptr<TestDatabase>& db = bench.db;
+    std::unique_ptr<TableFiles>& files = bench.files;
     RecordingProgress progress;
 
     QStringList allTables()
@@ -48,16 +50,8 @@ class CheckRepairJobTest : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        db = std::make_unique<TestDatabase>(QStringLiteral("checkjob"), false);
-        files = std::make_unique<TableFiles>(**db);
-    }
-    void cleanupTestCase()
-    {
-        files.reset();
-        db.reset();
-    }
+    void initTestCase() { bench.open(QStringLiteral("checkjob")); }
+    void cleanupTestCase() { bench.close(); }
     void init()
     {
         files->dropAll();
@@ -211,8 +205,13 @@ private slots:
         QVERIFY(problems.size() > 2);
         // WHEN they are repaired
         progress.steps.clear();
+        StatementRecorder recorder;
         job.repair(problems);
-        // THEN each table is worked on once, in the order of the problems
+        recorder.stop();
+        // THEN each table is worked on once, in the order of the problems, and none repaired twice
+        QStringList repairs = recorder.writes();
+        QVERIFY(repairs.contains(QStringLiteral("repair first")));
+        QCOMPARE(repairs.removeDuplicates(), 0);
         QCOMPARE(progress.steps.filter(QStringLiteral("Repairing")),
                  (QStringList{"Repairing Tables ...", "Repairing Table ... (first)", "Repairing Table ... (second)"}));
         QVERIFY(progress.steps.contains(QStringLiteral("range 0-2")));

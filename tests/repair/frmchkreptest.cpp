@@ -4,6 +4,7 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "screens/repair/frmchkrep.h"
+#include "support/formdriver.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -36,15 +37,6 @@ public:
     std::function<void(const Question&)> watch;
 };
 
-template <typename T>
-T* child(QWidget& form, const char* name)
-{
-    T* widget = form.findChild<T*>(QString::fromLatin1(name));
-    if (!widget)
-        qFatal("no widget %s", name);
-    return widget;
-}
-
 QStringList items(QListWidget* list)
 {
     QStringList texts;
@@ -75,8 +67,9 @@ QString buttons(QWidget& form)
 class FrmChkRepTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<TestDatabase> db;
-    std::unique_ptr<TableFiles> files;
+    DamageBench bench;
+    std::unique_ptr<TestDatabase>& db = bench.db;
+    std::unique_ptr<TableFiles>& files = bench.files;
     std::shared_ptr<WatchingPrompter> prompts;
 
     // The screen shown, with its check on showing done.
@@ -90,16 +83,8 @@ class FrmChkRepTest : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        db = std::make_unique<TestDatabase>(QStringLiteral("frmchkrep"), false);
-        files = std::make_unique<TableFiles>(**db);
-    }
-    void cleanupTestCase()
-    {
-        files.reset();
-        db.reset();
-    }
+    void initTestCase() { bench.open(QStringLiteral("frmchkrep")); }
+    void cleanupTestCase() { bench.close(); }
     void init()
     {
         files->dropAll();

@@ -2,6 +2,7 @@
 
 #include "db/connection.h"
 #include "db/sqltext.h"
+#include "support/testdatabase.h"
 
 #include <QFile>
 #include <QString>
@@ -103,6 +104,22 @@ private:
 
     Connection& connection_;
     QString folder_;
+};
+
+// A database without the host's tables and its table files, for a whole test class.
+struct DamageBench {
+    std::unique_ptr<TestDatabase> db;
+    std::unique_ptr<TableFiles> files;
+    void open(const QString& name)
+    {
+        db = std::make_unique<TestDatabase>(name, false);
+        files = std::make_unique<TableFiles>(**db);
+    }
+    void close()
+    {
+        files.reset();
+        db.reset();
+    }
 };
 
 } // namespace corvane::test
