@@ -2,10 +2,11 @@
 
 #include "components/bankinfo/lookupimport.h"
 #include "db/connection.h"
+#include "db/rowstream.h"
 #include "db/schema.h"
 
-#include <QVariant>
-#include <QSqlField>
+#include <QByteArray>
+#include <QIODevice>
 
 namespace corvane::cli {
 
@@ -49,22 +50,44 @@ int runSql(Invocation& inv)
 {
     inv.expectWords(1, 1);
     auto connection = inv.connect();
-    const auto result = connection->query(inv.word(0, QStringLiteral("STATEMENT")));
-    if (!result.hasResult)
+    RowStream rows(*connection, inv.word(0, QStringLiteral("STATEMENT")));
+    if (!rows.hasResult())
         return 0;
-    QStringList header;
-    for (int i = 0; i < result.columns.count(); ++i)
-        header << result.columns.fieldName(i);
-    inv.out << header.join(QLatin1Char('\t')) << '\n';
-    for (const auto& row : result.rows) {
-        QStringList cells;
-        for (const QVariant& v : row) {
-            QString text = v.isNull() ? QStringLiteral("NULL") : v.toString();
-            text.replace(QLatin1Char('\t'), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
-            cells << text;
+    // Row by row as the server sends them, so that a result of any size takes little memory.
+    inv.out << rows.columnNames().join(QLatin1Char('\t')) << '\n';
+    inv.out.flush();
+    QIODevice* device = inv.out.device();
+    const int columns = int(rows.columnNames().size());
+    QByteArray chunk;
+    chunk.reserve(1 << 16);
+    auto write = [&] {
+        if (device)
+            device->write(chunk);
+        else
+            inv.out << QString::fromUtf8(chunk);
+        chunk.clear();
+    };
+    while (rows.next()) {
+        for (int i = 0; i < columns; ++i) {
+            if (i)
+                chunk += '\t';
+            if (rows.isNull(i)) {
+                chunk += "NULL";
+                continue;
+            }
+            // A tab or line break inside a value would break the layout.
+            const QByteArrayView text = rows.text(i);
+            const qsizetype start = chunk.size();
+            chunk += text;
+            for (char* c = chunk.data() + start; c != chunk.data() + chunk.size(); ++c)
+                if (*c == '\t' || *c == '\n')
+                    *c = ' ';
         }
-        inv.out << cells.join(QLatin1Char('\t')) << '\n';
+        chunk += '\n';
+        if (chunk.size() >= (1 << 16))
+            write();
     }
+    write();
     inv.out.flush();
     return 0;
 }

@@ -34,6 +34,7 @@ namespace {
 const QString kServerSource = QStringLiteral("Corvane.PrivateServer");
 constexpr int kStartSeconds = 60;
 constexpr int kStopSeconds = 60;
+constexpr int kStartPollMs = 2;
 
 QString findProgram(const QString& name)
 {
@@ -376,15 +377,8 @@ void PrivateServer::initialise(const std::function<void(const QString&)>& report
     removeFresh.path.clear();
 }
 
-void PrivateServer::launch(const std::function<void(const QString&)>& report)
+QStringList PrivateServer::serverArguments() const
 {
-    // The server writes into its folder as the user we are: say which folder cannot be written.
-    if (::access(QFile::encodeName(dataDir()).constData(), W_OK) != 0) {
-        const int error = errno;
-        throw Failure(error, kServerSource,
-                      QStringLiteral("The private database server cannot start: the folder %1 cannot be written: %2")
-                          .arg(dataDir(), reason(error)));
-    }
     QStringList args{QStringLiteral("--no-defaults"),
                      QStringLiteral("--datadir=") + dataDir(),
                      QStringLiteral("--socket=") + socketPath(),
@@ -402,13 +396,25 @@ void PrivateServer::launch(const std::function<void(const QString&)>& report)
                      QStringLiteral("--skip-name-resolve")};
     if (isRoot())
         args << QStringLiteral("--user=root");
+    return args;
+}
+
+void PrivateServer::launch(const std::function<void(const QString&)>& report)
+{
+    // The server writes into its folder as the user we are: say which folder cannot be written.
+    if (::access(QFile::encodeName(dataDir()).constData(), W_OK) != 0) {
+        const int error = errno;
+        throw Failure(error, kServerSource,
+                      QStringLiteral("The private database server cannot start: the folder %1 cannot be written: %2")
+                          .arg(dataDir(), reason(error)));
+    }
     if (report)
         report(QStringLiteral("Starting the private database server in %1").arg(baseDir()));
     // What the server logs from here on is about this start.
     logStart_ = QFileInfo(logFile()).size();
     QProcess process;
     process.setProgram(findProgram(QStringLiteral("mariadbd")));
-    process.setArguments(args);
+    process.setArguments(serverArguments());
     process.setWorkingDirectory(baseDir());
     process.setStandardInputFile(QProcess::nullDevice());
     process.setStandardOutputFile(QProcess::nullDevice());
@@ -443,7 +449,9 @@ void PrivateServer::start(const std::function<void(const QString&)>& report)
             break; // it has failed; its log says why
         if (startedPid_ == 0 && runningPid() == 0)
             break;
-        QThread::msleep(100);
+        // Until the socket exists, answers() fails at once; from then on it
+        // waits for the greeting, which comes as soon as the server is ready.
+        QThread::msleep(kStartPollMs);
     }
     if (answers())
         return;

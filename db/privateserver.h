@@ -47,6 +47,9 @@ public:
     // was killed when the table is next used).
     QStringList repairReports(qint64 offset) const;
 
+    // The arguments mariadbd runs with on this folder.
+    QStringList serverArguments() const;
+
     // Empty when mariadbd and mariadb-install-db are installed, else the message to show.
     static QString missingProgramsMessage();
 

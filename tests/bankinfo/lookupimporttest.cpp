@@ -1,6 +1,7 @@
 #include "components/bankinfo/lookupimport.h"
 #include "core/failure.h"
 #include "core/progress.h"
+#include "db/sqltext.h"
 #include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
@@ -256,6 +257,80 @@ private slots:
         QCOMPARE(r.loaded, 1);
         QCOMPARE(rows(QStringLiteral("select City, AoNo from MiscInf_AO")), QStringList{"CHENNAI|1"});
         QCOMPARE(rows(QStringLiteral("show tables like 'miscinf\\_ao\\_\\_%'")), QStringList());
+    }
+
+    // Whether the list's name index is in use, and no table of the test's database is left locked.
+    QString indexState()
+    {
+        QStringList state;
+        for (const auto& r : (*db)->query(QStringLiteral("SHOW INDEX FROM MiscInf_Branch")).rows)
+            if (r.value(2).toString() == QStringLiteral("ByName") && r.value(3).toInt() == 1)
+                state << (r.value(11).toString() == QStringLiteral("disabled") ? QStringLiteral("ByName off") : QStringLiteral("ByName on"));
+        for (const auto& r : (*db)->query(QStringLiteral("SHOW OPEN TABLES FROM %1 WHERE In_use > 0").arg(sqlName(db->name()))).rows)
+            state << r.value(1).toString() + QStringLiteral(" in use");
+        return state.join(QStringLiteral(", "));
+    }
+
+    void manyBatches_data()
+    {
+        QTest::addColumn<int>("present");
+        QTest::addColumn<int>("fileRows");
+        QTest::addColumn<bool>("replace");
+        QTest::addColumn<int>("expected");
+        // The file's rows overlap the list's from the 10th on.
+        QTest::newRow("into an empty list") << 0 << 2500 << false << 2500;
+        QTest::newRow("over a large list") << 2000 << 2500 << false << 2510;
+        QTest::newRow("a few rows over a large list") << 2000 << 30 << false << 2000;
+        QTest::newRow("replacing a large list") << 2000 << 2500 << true << 2500;
+    }
+    void manyBatches()
+    {
+        QFETCH(int, present);
+        QFETCH(int, fileRows);
+        QFETCH(bool, replace);
+        QFETCH(int, expected);
+        auto file = [](int from, int count, const QString& branch) {
+            QByteArray bytes = kBankHeader;
+            for (int i = from; i < from + count; ++i)
+                bytes += QStringLiteral("BANK %1,ABCD0%2,,%3 %4,,CITY,,\n").arg(i % 7).arg(i, 6, 10, QLatin1Char('0')).arg(branch).arg(i).toLatin1();
+            return bytes;
+        };
+        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
+        if (present)
+            load(Kind::Banks, file(0, present, QStringLiteral("OLD")));
+        // WHEN a file is imported in batches of 100
+        const ImportResult r = load(Kind::Banks, file(10, fileRows, QStringLiteral("NEW")), ImportOptions{replace, 100});
+        // THEN every row is there once, the file's rows with their new names, the name index finds them, nothing is left locked
+        QCOMPARE(r.loaded, fileRows);
+        QCOMPARE(rows(QStringLiteral("select count(*), count(distinct IFSC), sum(Branch like 'NEW %') from MiscInf_Branch")),
+                 QStringList{QStringLiteral("%1|%1|%2").arg(expected).arg(fileRows)});
+        QCOMPARE(indexState(), QStringLiteral("ByName on"));
+        QCOMPARE(rows(QStringLiteral("select IFSC from MiscInf_Branch force index (ByName) where Bank = 'BANK 3' and Branch = 'NEW 17'")),
+                 QStringList{"ABCD0000017"});
+        QCOMPARE(rows(QStringLiteral("check table MiscInf_Branch")).last().section(QLatin1Char('|'), -1), QStringLiteral("OK"));
+    }
+
+    void anInterruptedImportLeavesAUsableList()
+    {
+        // GIVEN a list of one branch
+        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
+        load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,,FORT,,MUMBAI,,\n");
+        // WHEN a large import (not replacing) loses its server connection in the middle
+        QByteArray bytes = kBankHeader;
+        for (int i = 0; i < 3000; ++i)
+            bytes += QStringLiteral("BANK,ABCD0%1,,BRANCH %1,,CITY,,\n").arg(i, 6, 10, QLatin1Char('0')).toLatin1();
+        Connection doomed;
+        doomed.open(db->settings());
+        const QString id = doomed.query(QStringLiteral("select connection_id()")).rows.first().first().toString();
+        KillingDevice device(bytes, bytes.size() / 2, [&] { (*db)->execute(QStringLiteral("KILL ") + id); });
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        NullProgress quiet;
+        QVERIFY_THROWS_EXCEPTION(Failure, importDevice(doomed, Kind::Banks, device, quiet, ImportOptions{false, 500}));
+        // THEN the rows written so far can be read, and the next import gives the list its name index back
+        QVERIFY((*db)->query(QStringLiteral("select count(*) from MiscInf_Branch")).rows.first().first().toInt() > 1);
+        load(Kind::Banks, kBankHeader + "SBI,SBIN0000002,,WORLI,,MUMBAI,,\n");
+        QCOMPARE(indexState(), QStringLiteral("ByName on"));
+        QCOMPARE(rows(QStringLiteral("check table MiscInf_Branch")).last().section(QLatin1Char('|'), -1), QStringLiteral("OK"));
     }
 
     void aKeyAlreadyPresentIsReplaced()

@@ -75,6 +75,14 @@ private slots:
         QVERIFY(lines.at(1).startsWith(QStringLiteral("A001\tANAND TEXTILE MILLS PVT LTD\t")));
         QCOMPARE(lines.at(2), QStringLiteral("B002\tBHARAT LOGISTICS\t"));
         QCOMPARE(runCli(serverArgs(database) + QStringList{"sql", "select NULL as x, '' as y"}).out, QStringLiteral("x\ty\nNULL\t\n"));
+        // A result larger than any buffer comes whole and in order, a tab or line break inside a value as a blank.
+        const auto large = runCli(serverArgs(database) + QStringList{"sql", "select seq as n, concat('a\\tb\\nc', seq) as t,"
+                                                                            " if(seq mod 2, null, seq / 4) as q from seq_1_to_30000"});
+        QString expected = QStringLiteral("n\tt\tq\n");
+        for (int i = 1; i <= 30000; ++i)
+            expected += QStringLiteral("%1\ta b c%1\t%2\n").arg(i).arg(i % 2 ? QStringLiteral("NULL") : QString::number(i / 4.0, 'g', QLocale::FloatingPointShortest));
+        QCOMPARE(large.status, 0);
+        QCOMPARE(large.out, expected);
 
         QCOMPARE(runCli(serverArgs(database) + QStringList{"sql", "DROP DATABASE " + sqlName(database)}).status, 0);
     }

@@ -1,5 +1,6 @@
 #include "core/failure.h"
 #include "db/connection.h"
+#include "db/rowstream.h"
 #include "db/schema.h"
 #include "db/sqltext.h"
 #include "support/testdatabase.h"
@@ -91,6 +92,84 @@ private slots:
             QCOMPARE(f.source(), QStringLiteral("MySQL"));
             QVERIFY2(f.description().contains(fragment, Qt::CaseInsensitive), qPrintable(f.description()));
         }
+        try {
+            RowStream rows(*db_->connection(), sql);
+            QFAIL("the streamed statement should have failed");
+        } catch (const Failure& f) {
+            QCOMPARE(f.number(), number);
+            QCOMPARE(f.source(), QStringLiteral("MySQL"));
+        }
+    }
+
+    // A streamed value reads as the same value read whole prints.
+    void streamedValuesReadAsQueriedOnes_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QString>("value");
+        const QString text = QStringLiteral("VARCHAR(40) CHARACTER SET utf8mb4");
+        QTest::newRow("null") << text << "NULL";
+        QTest::newRow("empty") << text << "''";
+        QTest::newRow("unicode and breaks") << text << "'Ünïcödé ₹ 中文\\t\\r\\n\\\\'";
+        QTest::newRow("int") << "INT" << "-2147483648";
+        QTest::newRow("bigint unsigned") << "BIGINT UNSIGNED" << "18446744073709551615";
+        QTest::newRow("zerofill") << "INT(6) ZEROFILL" << "42";
+        QTest::newRow("tinyint") << "TINYINT(1)" << "1";
+        QTest::newRow("decimal") << "DECIMAL(14,2)" << "1234.50";
+        QTest::newRow("decimal whole") << "DECIMAL(14,2)" << "-7.00";
+        QTest::newRow("double") << "DOUBLE" << "0.1";
+        QTest::newRow("double large") << "DOUBLE" << "1e300";
+        QTest::newRow("float") << "FLOAT" << "0.1";
+        QTest::newRow("date") << "DATE" << "'2026-03-31'";
+        QTest::newRow("zero date") << "DATE" << "'0000-00-00'";
+        QTest::newRow("time") << "TIME" << "'23:59:58'";
+        QTest::newRow("long time") << "TIME" << "'-838:59:59'";
+        QTest::newRow("datetime") << "DATETIME" << "'2026-03-31 10:11:12'";
+        QTest::newRow("zero datetime") << "DATETIME" << "'0000-00-00 00:00:00'";
+        QTest::newRow("timestamp") << "TIMESTAMP NULL" << "'2026-01-02 03:04:05'";
+        QTest::newRow("year") << "YEAR" << "2026";
+        QTest::newRow("blob") << "BLOB" << "'bytes\\0'";
+        QTest::newRow("enum") << "ENUM('Y','N')" << "'N'";
+        QTest::newRow("bit") << "BIT(8)" << "b'1000001'";
+    }
+
+    void streamedValuesReadAsQueriedOnes()
+    {
+        QFETCH(QString, column);
+        QFETCH(QString, value);
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("DROP TABLE IF EXISTS stream_probe"));
+        c.execute(QStringLiteral("CREATE TABLE stream_probe (n INT, v %1) ENGINE=MyISAM").arg(column));
+        c.execute(QStringLiteral("INSERT INTO stream_probe VALUES (1, %1), (2, NULL)").arg(value));
+        const QString select = QStringLiteral("SELECT v, n FROM stream_probe ORDER BY n");
+        const Connection::Result whole = c.query(select);
+        RowStream rows(c, select);
+        QVERIFY(rows.hasResult());
+        QCOMPARE(rows.columnNames(), QStringList({QStringLiteral("v"), QStringLiteral("n")}));
+        for (const QVector<QVariant>& expected : whole.rows) {
+            QVERIFY(rows.next());
+            QCOMPARE(rows.isNull(0), expected.at(0).isNull());
+            if (!expected.at(0).isNull())
+                QCOMPARE(QString::fromUtf8(rows.text(0)), expected.at(0).toString());
+            QCOMPARE(QString::fromUtf8(rows.text(1)), expected.at(1).toString());
+        }
+        QVERIFY(!rows.next());
+    }
+
+    // A stream left before its end, and a statement without rows, leave the connection usable.
+    void streamsLeaveTheConnectionUsable()
+    {
+        Connection& c = *db_->connection();
+        {
+            RowStream rows(c, QStringLiteral("SELECT seq FROM seq_1_to_100000"));
+            QVERIFY(rows.next());
+            QCOMPARE(QString::fromUtf8(rows.text(0)), QStringLiteral("1"));
+        }
+        {
+            RowStream none(c, QStringLiteral("DO 1"));
+            QVERIFY(!none.hasResult());
+            QVERIFY(!none.next());
+        }
+        QCOMPARE(db_->scalar(QStringLiteral("SELECT 6*7")), QStringLiteral("42"));
     }
 
     void unreachableServerFailsWithinTheTimeout()
