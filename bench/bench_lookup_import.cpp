@@ -1,14 +1,13 @@
 // Times the replacing import of a generated bank branch list against
 // LOAD DATA LOCAL INFILE of the same file by the mariadb client, checks that
 // both leave the same rows (CHECKSUM TABLE), and times the chooser's queries.
-//   bench_lookup_import [ROWS]          a private server in a temporary folder
+//   bench_lookup_import [ROWS]          a private server in the benchmarks' work folder
 //   CORVANE_BENCH_SOCKET=PATH bench_lookup_import [ROWS]   a running server (user root)
 #include "benchsupport.h"
 #include "components/bankinfo/lookupimport.h"
 #include "core/failure.h"
 #include "core/progress.h"
 #include "db/connection.h"
-#include "db/privateserver.h"
 #include "db/sqltext.h"
 
 #include <QCoreApplication>
@@ -66,22 +65,13 @@ int main(int argc, char** argv)
     const int repetitions = bench::quick() ? 1 : 3;
 
     QTemporaryDir dir;
-    ConnectionSettings settings;
-    settings.privateServer = false;
-    settings.user = QStringLiteral("root");
-    settings.database = QStringLiteral("bench_lookup");
-    settings.socket = qEnvironmentVariable("CORVANE_BENCH_SOCKET");
-    std::unique_ptr<PrivateServer> server;
-    if (settings.socket.isEmpty()) {
-        server = std::make_unique<PrivateServer>(dir.filePath(QStringLiteral("app")));
-        server->start([&](const QString& text) { out << text << Qt::endl; });
-        settings.socket = server->socketPath();
-    }
+    bench::BenchServer benchServer(QStringLiteral("bench_lookup"));
+    const ConnectionSettings& settings = benchServer.settings();
 
     int status = 0;
     try {
-        Connection connection;
-        connection.open(settings, true);
+        const std::shared_ptr<Connection> opened = benchServer.connect();
+        Connection& connection = *opened;
         const QString table = bankinfo::tableDef(bankinfo::Kind::Banks).name;
         const QString path = dir.filePath(QStringLiteral("banks.csv"));
         writeList(path, rows);
@@ -145,7 +135,5 @@ int main(int argc, char** argv)
         out << "failed: " << e.what() << Qt::endl;
         status = 1;
     }
-    if (server)
-        server->stop();
     return status;
 }

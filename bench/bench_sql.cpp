@@ -1,17 +1,15 @@
 // Times `corvane sql` printing a large result against `mariadb -B` with the
 // same query, both writing to /dev/null, and gives the peak memory of each
 // program; the smaller result shows whether ours stays flat in the size.
-//   bench_sql [ROWS]          a private server in a temporary folder
+//   bench_sql [ROWS]          a private server in the benchmarks' work folder
 //   CORVANE_BENCH_SOCKET=PATH bench_sql [ROWS]   a running server (user root)
 #include "benchsupport.h"
 #include "core/failure.h"
 #include "db/connection.h"
-#include "db/privateserver.h"
 #include "db/sqltext.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QTextStream>
 
 #include <fcntl.h>
@@ -104,23 +102,13 @@ int main(int argc, char** argv)
     const int rows = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : (bench::quick() ? 60000 : 300000);
     const int repetitions = bench::quick() ? 1 : 3;
 
-    QTemporaryDir dir;
-    ConnectionSettings settings;
-    settings.privateServer = false;
-    settings.user = QStringLiteral("root");
-    settings.database = QStringLiteral("bench_sql");
-    settings.socket = qEnvironmentVariable("CORVANE_BENCH_SOCKET");
-    std::unique_ptr<PrivateServer> server;
-    if (settings.socket.isEmpty()) {
-        server = std::make_unique<PrivateServer>(dir.filePath(QStringLiteral("app")));
-        server->start([&](const QString& text) { out << text << Qt::endl; });
-        settings.socket = server->socketPath();
-    }
+    bench::BenchServer benchServer(QStringLiteral("bench_sql"));
+    const ConnectionSettings& settings = benchServer.settings();
 
     int status = 0;
     try {
-        Connection connection;
-        connection.open(settings, true);
+        const std::shared_ptr<Connection> opened = benchServer.connect();
+        Connection& connection = *opened;
         generate(connection, rows);
         const QString mariadb = QStringLiteral("/usr/bin/mariadb");
         const QString corvane = QCoreApplication::applicationDirPath() + QStringLiteral("/../app/corvane");
@@ -159,7 +147,5 @@ int main(int argc, char** argv)
         out << "failed: " << e.what() << Qt::endl;
         status = 1;
     }
-    if (server)
-        server->stop();
     return status;
 }
