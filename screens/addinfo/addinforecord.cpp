@@ -104,8 +104,8 @@ QString AddInfoRecord::tooLong() const
     if (first)
         addInfo(QStringLiteral("OldWard"), v.oldWard, QStringLiteral("Old Ward"));
     if (v.revRet)
-        addInfo(QStringLiteral("RevRecNo"), v.revRecNo, QStringLiteral("Receipt No. of the Original Return"))(
-            QStringLiteral("RevRecDt"), v.revRecDt, QStringLiteral("Date of the Original Return"));
+        addInfo(QStringLiteral("RevRecNo"), v.revRecNo, QStringLiteral("Receipt No. of the Return Being Revised"))(
+            QStringLiteral("RevRecDt"), v.revRecDt, QStringLiteral("Filing Date of the Return Being Revised"));
     if (first && v.ac44AB)
         addInfo(QStringLiteral("Dt44AB"), v.dt44AB, QStringLiteral("Date of the 44AB Report"));
     if (first && v.ac44ABC)
