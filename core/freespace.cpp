@@ -19,12 +19,17 @@ QString megabytes(qint64 bytes)
 
 } // namespace
 
-qint64 freeBytes(const QString& path)
+QString nearestExisting(const QString& path)
 {
     QString existing = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     while (!QFileInfo::exists(existing) && existing != QStringLiteral("/"))
         existing = QFileInfo(existing).absolutePath();
-    const QStorageInfo storage(existing);
+    return existing;
+}
+
+qint64 freeBytes(const QString& path)
+{
+    const QStorageInfo storage(nearestExisting(path));
     return storage.isValid() ? storage.bytesAvailable() : -1;
 }
 

@@ -4,6 +4,9 @@
 
 namespace corvane {
 
+// path when it exists, else its nearest folder that exists ("/" at the last).
+QString nearestExisting(const QString& path);
+
 // Free bytes for this user on the file system that holds path (or its
 // nearest folder that exists); -1 when it cannot be told.
 qint64 freeBytes(const QString& path);

@@ -90,16 +90,10 @@ qint64 sizeOf(const QString& path)
 }
 
 // The device of path, or of its nearest folder that exists.
-dev_t deviceOf(QString path)
+dev_t deviceOf(const QString& path)
 {
     struct stat st{};
-    while (::stat(QFile::encodeName(path).constData(), &st) != 0) {
-        const QString parent = QFileInfo(path).absolutePath();
-        if (parent == path)
-            return 0;
-        path = parent;
-    }
-    return st.st_dev;
+    return ::stat(QFile::encodeName(nearestExisting(path)).constData(), &st) == 0 ? st.st_dev : 0;
 }
 
 // Why the items would not fit where they go, or empty text. A source moved
