@@ -19,7 +19,6 @@
 #include <QProcess>
 #include <QStandardPaths>
 
-#include <unistd.h>
 
 using namespace corvane;
 
@@ -83,21 +82,8 @@ void waitForEnd(QProcess& process, const QString& program)
 // The server as the private server starts it, except that it logs to standard error.
 QStringList serverArguments(const PrivateServer& server)
 {
-    QStringList args{QStringLiteral("--no-defaults"),
-                     QStringLiteral("--datadir=") + server.dataDir(),
-                     QStringLiteral("--socket=") + server.socketPath(),
-                     QStringLiteral("--pid-file=") + server.pidFile(),
-                     QStringLiteral("--skip-networking"),
-                     QStringLiteral("--default-storage-engine=MyISAM"),
-                     QStringLiteral("--default-tmp-storage-engine=MyISAM"),
-                     QStringLiteral("--lower-case-table-names=1"),
-                     QStringLiteral("--character-set-server=utf8mb4"),
-                     QStringLiteral("--collation-server=utf8mb4_general_ci"),
-                     QStringLiteral("--innodb-buffer-pool-size=16M"),
-                     QStringLiteral("--key-buffer-size=16M"),
-                     QStringLiteral("--skip-name-resolve")};
-    if (::geteuid() == 0)
-        args << QStringLiteral("--user=root");
+    QStringList args = server.serverArguments();
+    args.removeIf([](const QString& arg) { return arg.startsWith(QLatin1String("--log-error=")); });
     return args;
 }
 
