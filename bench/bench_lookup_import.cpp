@@ -62,7 +62,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     const int rows = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : (bench::quick() ? 30000 : 150000);
-    const int repetitions = bench::quick() ? 1 : 3;
+    const int repetitions = bench::repetitions(); // three rounds even when quick: one round is mostly noise
 
     QTemporaryDir dir;
     bench::BenchServer benchServer(QStringLiteral("bench_lookup"));

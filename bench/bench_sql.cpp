@@ -100,7 +100,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     const int rows = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : (bench::quick() ? 60000 : 300000);
-    const int repetitions = bench::quick() ? 1 : 3;
+    const int repetitions = bench::repetitions(); // three rounds even when quick: one round is mostly noise
 
     bench::BenchServer benchServer(QStringLiteral("bench_sql"));
     const ConnectionSettings& settings = benchServer.settings();

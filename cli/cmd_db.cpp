@@ -8,6 +8,8 @@
 #include <QByteArray>
 #include <QIODevice>
 
+#include <cstring>
+
 namespace corvane::cli {
 
 namespace {
@@ -58,34 +60,42 @@ int runSql(Invocation& inv)
     inv.out.flush();
     QIODevice* device = inv.out.device();
     const int columns = int(rows.columnNames().size());
-    QByteArray chunk;
-    chunk.reserve(1 << 16);
+    // The rows go out in large writes, each value copied once into the buffer.
+    QByteArray chunk(1 << 18, Qt::Uninitialized);
+    qsizetype used = 0;
     auto write = [&] {
         if (device)
-            device->write(chunk);
+            device->write(chunk.constData(), used);
         else
-            inv.out << QString::fromUtf8(chunk);
-        chunk.clear();
+            inv.out << QString::fromUtf8(chunk.constData(), used);
+        used = 0;
+    };
+    auto room = [&](qsizetype bytes) {
+        if (used + bytes > chunk.size())
+            write();
+        if (bytes > chunk.size())
+            chunk.resize(bytes); // a value larger than the buffer
+        return chunk.data() + used;
     };
     while (rows.next()) {
         for (int i = 0; i < columns; ++i) {
-            if (i)
-                chunk += '\t';
             if (rows.isNull(i)) {
-                chunk += "NULL";
+                char* out = room(5);
+                memcpy(out, i ? "\tNULL" : "NULL", i ? 5 : 4);
+                used += i ? 5 : 4;
                 continue;
             }
-            // A tab or line break inside a value would break the layout.
             const QByteArrayView text = rows.text(i);
-            const qsizetype start = chunk.size();
-            chunk += text;
-            for (char* c = chunk.data() + start; c != chunk.data() + chunk.size(); ++c)
-                if (*c == '\t' || *c == '\n')
-                    *c = ' ';
+            char* out = room(text.size() + 1);
+            if (i)
+                *out++ = '\t';
+            // A tab or line break inside a value would break the layout.
+            for (const char c : text)
+                *out++ = c == '\t' || c == '\n' ? ' ' : c;
+            used = out - chunk.data();
         }
-        chunk += '\n';
-        if (chunk.size() >= (1 << 16))
-            write();
+        *room(1) = '\n';
+        ++used;
     }
     write();
     inv.out.flush();

@@ -5,8 +5,12 @@
 #include "db/statementobserver.h"
 
 #include <QAtomicInt>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
+
+#include <mysql.h>
+#include <utility>
 
 namespace corvane {
 
@@ -89,6 +93,8 @@ void Connection::open(const ConnectionSettings& settings, bool createDatabase)
 
 void Connection::close()
 {
+    if (std::exchange(sending_, false))
+        statementEnds(sent_, false); // closing ends it on the server; its outcome is nobody's any more
     watch_.reset();
     if (db_.isValid()) {
         db_.close();
@@ -107,20 +113,79 @@ QString Connection::databaseName() const
     return settings_.database;
 }
 
-void Connection::run(QSqlQuery& q, const QString& sql)
+void Connection::statementStarts()
 {
     if (watch_)
         watch_->begin();
-    const bool ok = q.exec(sql);
+}
+
+std::optional<Failure> Connection::statementEnds(const QString& sql, bool ok)
+{
     std::optional<Failure> stopped = watch_ ? watch_->end() : std::nullopt;
     // The watch's own probe runs on its thread and is nobody's statement.
     if (g_observer && watchMode_ == Watch::On)
         g_observer->ran(*this, sql, ok);
+    return stopped;
+}
+
+void Connection::run(QSqlQuery& q, const QString& sql)
+{
+    collect();
+    statementStarts();
+    const bool ok = q.exec(sql);
+    std::optional<Failure> stopped = statementEnds(sql, ok);
     if (ok)
         return;
     if (stopped)
         throw *stopped;
     throw failureFrom(q.lastError(), kDbSource);
+}
+
+st_mysql* Connection::handle()
+{
+    const QVariant handle = isOpen() && db_.driver() ? db_.driver()->handle() : QVariant();
+    // The driver's type is named after the typedef or after the struct behind it.
+    const char* type = handle.typeName();
+    if (!type || (qstrcmp(type, "MYSQL*") != 0 && qstrcmp(type, "st_mysql*") != 0))
+        throw Failure(err::ObjectNotSet, kDbSource, QStringLiteral("The connection is not open"));
+    return *static_cast<MYSQL* const*>(handle.constData());
+}
+
+Failure Connection::failureOf(st_mysql* mysql)
+{
+    const unsigned number = mysql_errno(mysql);
+    return Failure(number ? long(number) : 2013, kDbSource, QString::fromUtf8(mysql_error(mysql)));
+}
+
+void Connection::send(const QString& sql)
+{
+    collect();
+    MYSQL* mysql = handle();
+    const QByteArray text = sql.toUtf8();
+    statementStarts();
+    if (mysql_send_query(mysql, text.constData(), text.size()) != 0) {
+        const std::optional<Failure> stopped = statementEnds(sql, false);
+        throw stopped ? *stopped : failureOf(mysql);
+    }
+    sent_ = sql;
+    sending_ = true;
+}
+
+int Connection::collect()
+{
+    if (!std::exchange(sending_, false))
+        return 0;
+    const QString sql = std::exchange(sent_, QString());
+    MYSQL* mysql = handle();
+    const bool ok = mysql_read_query_result(mysql) == 0;
+    const std::optional<Failure> stopped = statementEnds(sql, ok);
+    if (!ok)
+        throw stopped ? *stopped : failureOf(mysql);
+    // A statement with a result was sent after all: its rows go unread.
+    if (mysql_field_count(mysql) != 0)
+        if (MYSQL_RES* rows = mysql_use_result(mysql))
+            mysql_free_result(rows);
+    return int(mysql_affected_rows(mysql));
 }
 
 static void requireOpen(const QSqlDatabase& db)

@@ -6,7 +6,6 @@
 #include <QDate>
 #include <QDateTime>
 #include <QLocale>
-#include <QSqlDriver>
 
 #include <mysql.h>
 
@@ -14,38 +13,94 @@ namespace corvane {
 
 namespace {
 
-const QString kDbSource = QStringLiteral("MySQL");
-
-MYSQL* mysqlOf(Connection& connection)
+// The decimal text the server sent as QByteArray::number(double, 'g', shortest)
+// prints it, when that is the same digits (up to 15 significant ones, which
+// a double keeps) in plain notation; false for anything else.
+bool plainDecimal(QByteArrayView sent, QByteArray& out)
 {
-    const QVariant handle = connection.database().driver() ? connection.database().driver()->handle() : QVariant();
-    // The driver's type is named after the typedef or after the struct behind it.
-    const char* type = handle.typeName();
-    if (!connection.isOpen() || !type || (qstrcmp(type, "MYSQL*") != 0 && qstrcmp(type, "st_mysql*") != 0))
-        throw Failure(err::ObjectNotSet, kDbSource, QStringLiteral("The connection is not open"));
-    return *static_cast<MYSQL* const*>(handle.constData());
+    const char* p = sent.data();
+    const char* end = p + sent.size();
+    const bool negative = p != end && *p == '-';
+    if (negative)
+        ++p;
+    const char* point = p;
+    while (point != end && *point >= '0' && *point <= '9')
+        ++point;
+    const char* fraction = point == end ? end : point + 1;
+    if (point == p || (point != end && *point != '.'))
+        return false;
+    for (const char* c = fraction; c != end; ++c)
+        if (*c < '0' || *c > '9')
+            return false;
+    const char* last = end; // past the last significant digit of the fraction
+    while (last != fraction && last[-1] == '0')
+        --last;
+    const char* first = p; // first significant digit of the whole part
+    while (first != point && *first == '0')
+        ++first;
+    if (first == point) // 0 and values below 1 take the general path
+        return false;
+    const qsizetype whole = point - first;
+    qsizetype digits = whole + (last - fraction);
+    if (last == fraction) {
+        // A whole number ending in zeros prints in the exponent form ("1.2e+07") when that is shorter.
+        const char* zeros = point;
+        while (zeros[-1] == '0')
+            --zeros;
+        digits = zeros - first;
+        if (whole > digits + (digits > 1 ? 1 : 0) + 4)
+            return false;
+    }
+    if (digits > 15)
+        return false;
+    out.resize(0); // keeps the buffer for the next value
+    if (negative)
+        out += '-';
+    out.append(first, point - first);
+    if (last != fraction) {
+        out += '.';
+        out.append(fraction, last - fraction);
+    }
+    return true;
 }
 
-Failure failureOf(MYSQL* mysql)
+// Whether a DATE as sent, "yyyy-MM-dd", is a date QDate reads (and so prints back unchanged).
+bool validIsoDate(QByteArrayView sent)
 {
-    const unsigned number = mysql_errno(mysql);
-    return Failure(number ? long(number) : 2013, kDbSource, QString::fromUtf8(mysql_error(mysql)));
+    if (sent.size() != 10 || sent[4] != '-' || sent[7] != '-')
+        return false;
+    auto number = [&](int from, int count) {
+        int n = 0;
+        for (int i = from; i < from + count; ++i) {
+            if (sent[i] < '0' || sent[i] > '9')
+                return -1;
+            n = n * 10 + (sent[i] - '0');
+        }
+        return n;
+    };
+    const int year = number(0, 4), month = number(5, 2), day = number(8, 2);
+    return year > 0 && QDate::isValid(year, month, day);
 }
 
 } // namespace
 
-RowStream::RowStream(Connection& connection, const QString& sql)
+RowStream::RowStream(Connection& connection, const QString& sql) : connection_(connection), sql_(sql)
 {
-    MYSQL* mysql = mysqlOf(connection);
+    connection.collect();
+    MYSQL* mysql = connection.handle();
     handle_ = mysql;
     const QByteArray text = sql.toUtf8();
+    connection.statementStarts();
+    running_ = true;
     if (mysql_real_query(mysql, text.constData(), text.size()) != 0)
-        throw failureOf(mysql);
-    if (mysql_field_count(mysql) == 0)
+        end(false);
+    if (mysql_field_count(mysql) == 0) {
+        end(true);
         return;
+    }
     MYSQL_RES* result = mysql_use_result(mysql);
     if (!result)
-        throw failureOf(mysql);
+        end(false);
     result_ = result;
     // The values are shown as the Qt driver's values print: numbers with a
     // fraction as a double, dates and date-times in ISO form, times as sent.
@@ -58,6 +113,8 @@ RowStream::RowStream(Connection& connection, const QString& sql)
         switch (f.type) {
         case MYSQL_TYPE_DECIMAL:
         case MYSQL_TYPE_NEWDECIMAL:
+            shown = Shown::Decimal;
+            break;
         case MYSQL_TYPE_FLOAT:
         case MYSQL_TYPE_DOUBLE:
             shown = Shown::Number;
@@ -95,17 +152,27 @@ RowStream::~RowStream()
     while (mysql && mysql_more_results(mysql) && mysql_next_result(mysql) == 0)
         if (MYSQL_RES* more = mysql_use_result(mysql))
             mysql_free_result(more);
+    if (running_)
+        connection_.statementEnds(sql_, true);
+}
+
+void RowStream::end(bool ok)
+{
+    running_ = false;
+    const std::optional<Failure> stopped = connection_.statementEnds(sql_, ok);
+    if (ok)
+        return;
+    throw stopped ? *stopped : Connection::failureOf(static_cast<MYSQL*>(handle_));
 }
 
 bool RowStream::next()
 {
-    if (!result_)
+    if (!result_ || !running_)
         return false;
     MYSQL_RES* result = static_cast<MYSQL_RES*>(result_);
     row_ = mysql_fetch_row(result);
     if (!row_) {
-        if (mysql_errno(static_cast<MYSQL*>(handle_)) != 0)
-            throw failureOf(static_cast<MYSQL*>(handle_));
+        end(mysql_errno(static_cast<MYSQL*>(handle_)) == 0);
         return false;
     }
     lengths_ = mysql_fetch_lengths(result);
@@ -126,6 +193,10 @@ QByteArrayView RowStream::text(int column)
     switch (shown_.at(column)) {
     case Shown::AsSent:
         return QByteArrayView(row_[column], qsizetype(lengths_[column]));
+    case Shown::Decimal:
+        if (plainDecimal(sent, out))
+            break;
+        [[fallthrough]];
     case Shown::Number:
         out = QByteArray::number(sent.toDouble(), 'g', QLocale::FloatingPointShortest);
         break;
@@ -133,6 +204,8 @@ QByteArrayView RowStream::text(int column)
         out = sent.startsWith('-') ? QByteArray::number(sent.toLongLong()) : QByteArray::number(sent.toULongLong());
         break;
     case Shown::Date:
+        if (validIsoDate(sent))
+            return QByteArrayView(row_[column], qsizetype(lengths_[column]));
         out = QDate::fromString(QString::fromLatin1(sent), Qt::ISODate).toString(Qt::ISODate).toLatin1();
         break;
     case Shown::DateTime: {

@@ -13,7 +13,8 @@ class Connection;
 // A query whose rows are read one at a time as the server sends them, so that
 // a result of any size takes the memory of one row. Each value reads as the
 // text a Connection::query() value shows (QVariant::toString()), in UTF-8.
-// The connection serves nothing else until the stream is destroyed.
+// The connection serves nothing else until the stream is destroyed; its
+// stall watch looks after the statement until the last row is read.
 class RowStream {
 public:
     // Runs the statement; throws Failure as Connection::execute() does.
@@ -32,8 +33,14 @@ public:
     QByteArrayView text(int column);
 
 private:
-    enum class Shown { AsSent, Number, Integer, Date, DateTime };
+    enum class Shown { AsSent, Decimal, Number, Integer, Date, DateTime };
 
+    // The statement ended; throws the watch's failure or the driver's when it failed.
+    void end(bool ok);
+
+    Connection& connection_;
+    QString sql_;
+    bool running_ = false;    // under the connection's watch
     void* handle_ = nullptr;  // MYSQL*
     void* result_ = nullptr;  // MYSQL_RES*
     char** row_ = nullptr;

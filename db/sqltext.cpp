@@ -5,28 +5,58 @@
 
 namespace corvane {
 
+namespace {
+
+// Appends text escaped, copying the runs between the characters to escape whole.
+void appendEscaped(QString& out, QStringView text)
+{
+    const QChar* run = text.data();
+    const QChar* const end = run + text.size();
+    for (const QChar* c = run; c != end; ++c) {
+        const char16_t u = c->unicode();
+        if (u > '\\') // the largest character escaped
+            continue;
+        QLatin1String escaped;
+        switch (u) {
+        case 0: escaped = QLatin1String("\\0"); break;
+        case '\'': escaped = QLatin1String("\\'"); break;
+        case '"': escaped = QLatin1String("\\\""); break;
+        case '\\': escaped = QLatin1String("\\\\"); break;
+        case '\n': escaped = QLatin1String("\\n"); break;
+        case '\r': escaped = QLatin1String("\\r"); break;
+        case 0x1a: escaped = QLatin1String("\\Z"); break;
+        default: continue;
+        }
+        out.append(run, c - run);
+        out += escaped;
+        run = c + 1;
+    }
+    out.append(run, end - run);
+}
+
+} // namespace
+
 QString sqlEscape(const QString& text)
 {
     QString out;
     out.reserve(text.size() + 8);
-    for (const QChar c : text) {
-        switch (c.unicode()) {
-        case 0: out += QLatin1String("\\0"); break;
-        case '\'': out += QLatin1String("\\'"); break;
-        case '"': out += QLatin1String("\\\""); break;
-        case '\\': out += QLatin1String("\\\\"); break;
-        case '\n': out += QLatin1String("\\n"); break;
-        case '\r': out += QLatin1String("\\r"); break;
-        case 0x1a: out += QLatin1String("\\Z"); break;
-        default: out += c;
-        }
-    }
+    appendEscaped(out, text);
     return out;
 }
 
 QString sqlQuote(const QString& text)
 {
-    return QLatin1Char('\'') + sqlEscape(text) + QLatin1Char('\'');
+    QString out;
+    out.reserve(text.size() + 10);
+    appendQuoted(out, text);
+    return out;
+}
+
+void appendQuoted(QString& out, const QString& text)
+{
+    out += QLatin1Char('\'');
+    appendEscaped(out, text);
+    out += QLatin1Char('\'');
 }
 
 QString sqlName(const QString& name)

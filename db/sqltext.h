@@ -14,6 +14,9 @@ QString sqlEscape(const QString& text);
 // The text escaped and in single quotes.
 QString sqlQuote(const QString& text);
 
+// The same appended to out, for a long statement built value by value.
+void appendQuoted(QString& out, const QString& text);
+
 // A table or column name in back quotes (a back quote inside is doubled).
 QString sqlName(const QString& name);
 

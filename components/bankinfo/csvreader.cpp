@@ -1,8 +1,10 @@
 #include "components/bankinfo/csvreader.h"
 
+#include <algorithm>
+
 namespace corvane::bankinfo {
 
-QString CsvReader::decode(const QByteArray& bytes)
+QString CsvReader::decode(QByteArrayView bytes)
 {
     utf8_.resetState();
     QString text = utf8_(bytes);
@@ -26,11 +28,11 @@ bool CsvReader::next()
         bytes.remove(0, 3);
     QString text;
     for (;;) {
-        QByteArray record = bytes;
+        QByteArrayView record = bytes;
         while (record.endsWith('\n') || record.endsWith('\r'))
             record.chop(1);
         text = decode(record);
-        blank_ = text.trimmed().isEmpty();
+        blank_ = std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c.isSpace(); });
         fields_ = blank_ ? QStringList() : split(text, &unclosedQuote_);
         if (blank_)
             unclosedQuote_ = false;
@@ -52,55 +54,49 @@ bool CsvReader::next()
 QStringList CsvReader::split(const QString& line, bool* unclosedQuote)
 {
     QStringList out;
-    QString value;
-    bool quoted = false;    // inside quotes
-    bool wasQuoted = false; // the value was quoted: kept as it is, blanks and all
-    bool atStart = true;    // no character of the value read yet (blanks aside)
-    auto endValue = [&] {
-        out << (wasQuoted ? value : value.trimmed());
-        value.clear();
-        atStart = true;
-        wasQuoted = false;
-    };
-    const int n = int(line.size());
-    for (int i = 0; i < n; ++i) {
-        const QChar c = line.at(i);
-        if (quoted) {
-            if (c == QLatin1Char('"')) {
-                if (i + 1 < n && line.at(i + 1) == QLatin1Char('"')) {
-                    value += c;
-                    ++i;
-                } else {
-                    quoted = false;
+    const QStringView text(line);
+    const qsizetype n = text.size();
+    bool open = false;
+    for (qsizetype i = 0;;) {
+        qsizetype j = i;
+        while (j < n && text[j].isSpace())
+            ++j;
+        if (j < n && text[j] == u'"') {
+            // Quoted: kept as it is; blanks before the opening quote and after the closing one go.
+            QString value;
+            for (++j;;) {
+                const qsizetype quote = text.indexOf(u'"', j);
+                if (quote < 0) {
+                    value += text.mid(j);
+                    j = n;
+                    open = true;
+                    break;
                 }
-            } else {
-                value += c;
+                value += text.mid(j, quote - j);
+                j = quote + 1;
+                if (j < n && text[j] == u'"') {
+                    value += u'"';
+                    ++j;
+                    continue;
+                }
+                break;
             }
-            continue;
+            for (; j < n && text[j] != u','; ++j)
+                if (!text[j].isSpace()) // text after the closing quote
+                    value += text[j];
+            out << value;
+        } else {
+            j = text.indexOf(u',', i);
+            if (j < 0)
+                j = n;
+            out << text.mid(i, j - i).trimmed().toString();
         }
-        if (c == QLatin1Char(',')) {
-            endValue();
-            continue;
-        }
-        if (c == QLatin1Char('"') && atStart) {
-            quoted = true;
-            wasQuoted = true;
-            atStart = false;
-            value.clear(); // blanks before the opening quote
-            continue;
-        }
-        if (wasQuoted) {
-            if (!c.isSpace()) // text after the closing quote, blanks aside
-                value += c;
-            continue;
-        }
-        if (!c.isSpace())
-            atStart = false;
-        value += c;
+        if (j >= n)
+            break;
+        i = j + 1;
     }
-    endValue();
     if (unclosedQuote)
-        *unclosedQuote = quoted;
+        *unclosedQuote = open;
     return out;
 }
 

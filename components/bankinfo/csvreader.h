@@ -37,7 +37,7 @@ public:
     static QStringList split(const QString& line, bool* unclosedQuote = nullptr);
 
 private:
-    QString decode(const QByteArray& bytes);
+    QString decode(QByteArrayView bytes);
 
     QIODevice& device_;
     QStringDecoder utf8_{QStringDecoder::Utf8, QStringDecoder::Flag::Stateless};

@@ -11,8 +11,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <algorithm>
+#include <utility>
 
 namespace corvane::bankinfo {
 
@@ -99,84 +99,126 @@ QString printable(const QString& text)
     return out;
 }
 
-// Checks and completes one row (values in the order of fieldSpecs); returns why it is refused, or empty.
-QString checkRow(Kind kind, const QVector<FieldSpec>& specs, QStringList& values)
+// "[A-Z]{min,max}" or "[0-9]{min,max}" for the whole text, as the list's codes are written.
+bool allOf(const QString& text, qsizetype min, qsizetype max, char16_t from, char16_t to)
 {
-    static const QRegularExpression ifscPattern(QStringLiteral("^[A-Z]{4}0[A-Z0-9]{6}$"));
-    static const QRegularExpression nineDigits(QStringLiteral("^[0-9]{9}$"));
-    static const QRegularExpression areaPattern(QStringLiteral("^[A-Z]{3}$"));
-    static const QRegularExpression typePattern(QStringLiteral("^[A-Z]{1,2}$"));
-    static const QRegularExpression numberPattern(QStringLiteral("^[0-9]{1,5}$"));
+    return text.size() >= min && text.size() <= max
+        && std::all_of(text.cbegin(), text.cend(), [&](QChar c) { return c.unicode() >= from && c.unicode() <= to; });
+}
+bool isDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+bool isCapital(QChar c)
+{
+    return c >= u'A' && c <= u'Z';
+}
+// Four capitals, a 0 and six capitals or digits.
+bool isIfsc(const QString& text)
+{
+    if (text.size() != 11 || text.at(4) != u'0')
+        return false;
+    for (int i = 0; i < 11; ++i)
+        if (i != 4 && !isCapital(text.at(i)) && (i < 4 || !isDigit(text.at(i))))
+            return false;
+    return true;
+}
 
-    auto index = [&](const QString& column) {
-        for (int i = 0; i < specs.size(); ++i)
-            if (specs.at(i).column == column)
-                return i;
-        return -1;
-    };
-    auto value = [&](const QString& column) -> QString& { return values[index(column)]; };
-
-    for (int i = 0; i < specs.size(); ++i)
-        if (specs.at(i).required && values.at(i).isEmpty())
-            return QStringLiteral("%1 is empty").arg(specs.at(i).label);
-    // A line break belongs in an address; other control characters belong nowhere.
-    for (int i = 0; i < specs.size(); ++i) {
-        const bool breaksAllowed = specs.at(i).column == QStringLiteral("Address");
-        for (const QChar c : values.at(i)) {
-            const bool lineBreak = c == QLatin1Char('\n') || c == QLatin1Char('\r');
-            if (isControl(c) && !(breaksAllowed && lineBreak))
-                return QStringLiteral("%1 holds the control character %2").arg(specs.at(i).label, printable(c));
+// Checks and completes rows (values in the order of fieldSpecs); the columns
+// it needs are looked up once for the file.
+class RowCheck {
+public:
+    RowCheck(Kind kind, const QVector<FieldSpec>& specs) : kind_(kind), specs_(specs)
+    {
+        auto index = [&](const QString& column) {
+            for (int i = 0; i < specs.size(); ++i)
+                if (specs.at(i).column == column)
+                    return i;
+            return -1;
+        };
+        ifsc_ = index(QStringLiteral("IFSC"));
+        micr_ = index(QStringLiteral("MICR"));
+        branchCode_ = index(QStringLiteral("BranchCode"));
+        area_ = index(QStringLiteral("AreaCode"));
+        type_ = index(QStringLiteral("AoType"));
+        range_ = index(QStringLiteral("RangeCode"));
+        aoNo_ = index(QStringLiteral("AoNo"));
+        for (const FieldSpec& f : specs) {
+            maxLength_ << maxLengthOf(kind, f.column);
+            breaksAllowed_ << (f.column == QStringLiteral("Address"));
         }
     }
 
-    switch (kind) {
-    case Kind::Banks: {
-        QString& ifsc = value(QStringLiteral("IFSC"));
-        ifsc = ifsc.toUpper();
-        if (!ifscPattern.match(ifsc).hasMatch())
-            return QStringLiteral("IFSC '%1' is not four letters, a 0 and six letters or digits").arg(ifsc);
-        QString& code = value(QStringLiteral("BranchCode"));
-        if (code.isEmpty())
-            code = ifsc.right(6); // the branch part of the IFSC
-        QString& micr = value(QStringLiteral("MICR"));
-        if (!nineDigits.match(micr).hasMatch())
-            micr.clear(); // many branches have none ("NA")
-        break;
-    }
-    case Kind::Micr: {
-        const QString& micr = value(QStringLiteral("MICR"));
-        if (!nineDigits.match(micr).hasMatch())
-            return QStringLiteral("MICR '%1' is not nine digits").arg(micr);
-        QString& ifsc = value(QStringLiteral("IFSC"));
-        ifsc = ifsc.toUpper();
-        if (!ifscPattern.match(ifsc).hasMatch())
-            ifsc.clear();
-        break;
-    }
-    case Kind::Ao: {
-        QString& area = value(QStringLiteral("AreaCode"));
-        area = area.toUpper();
-        if (!areaPattern.match(area).hasMatch())
-            return QStringLiteral("AREA CODE '%1' is not three letters").arg(area);
-        QString& type = value(QStringLiteral("AoType"));
-        type = type.toUpper();
-        if (!typePattern.match(type).hasMatch())
-            return QStringLiteral("AO TYPE '%1' is not one or two letters").arg(type);
-        if (!numberPattern.match(value(QStringLiteral("RangeCode"))).hasMatch())
-            return QStringLiteral("RANGE CODE '%1' is not a number of up to five digits").arg(value(QStringLiteral("RangeCode")));
-        if (!numberPattern.match(value(QStringLiteral("AoNo"))).hasMatch())
-            return QStringLiteral("AO NUMBER '%1' is not a number of up to five digits").arg(value(QStringLiteral("AoNo")));
-        break;
-    }
+    // Why the row is refused, or empty.
+    QString operator()(QStringList& values) const
+    {
+        const QVector<FieldSpec>& specs = specs_;
+        for (int i = 0; i < specs.size(); ++i)
+            if (specs.at(i).required && values.at(i).isEmpty())
+                return QStringLiteral("%1 is empty").arg(specs.at(i).label);
+        // A line break belongs in an address; other control characters belong nowhere.
+        for (int i = 0; i < specs.size(); ++i) {
+            for (const QChar c : values.at(i)) {
+                const bool lineBreak = c == QLatin1Char('\n') || c == QLatin1Char('\r');
+                if (isControl(c) && !(breaksAllowed_.at(i) && lineBreak))
+                    return QStringLiteral("%1 holds the control character %2").arg(specs.at(i).label, printable(c));
+            }
+        }
+
+        switch (kind_) {
+        case Kind::Banks: {
+            QString& ifsc = values[ifsc_];
+            ifsc = ifsc.toUpper();
+            if (!isIfsc(ifsc))
+                return QStringLiteral("IFSC '%1' is not four letters, a 0 and six letters or digits").arg(ifsc);
+            QString& code = values[branchCode_];
+            if (code.isEmpty())
+                code = ifsc.right(6); // the branch part of the IFSC
+            QString& micr = values[micr_];
+            if (!allOf(micr, 9, 9, u'0', u'9'))
+                micr.clear(); // many branches have none ("NA")
+            break;
+        }
+        case Kind::Micr: {
+            const QString& micr = values.at(micr_);
+            if (!allOf(micr, 9, 9, u'0', u'9'))
+                return QStringLiteral("MICR '%1' is not nine digits").arg(micr);
+            QString& ifsc = values[ifsc_];
+            ifsc = ifsc.toUpper();
+            if (!isIfsc(ifsc))
+                ifsc.clear();
+            break;
+        }
+        case Kind::Ao: {
+            QString& area = values[area_];
+            area = area.toUpper();
+            if (!allOf(area, 3, 3, u'A', u'Z'))
+                return QStringLiteral("AREA CODE '%1' is not three letters").arg(area);
+            QString& type = values[type_];
+            type = type.toUpper();
+            if (!allOf(type, 1, 2, u'A', u'Z'))
+                return QStringLiteral("AO TYPE '%1' is not one or two letters").arg(type);
+            if (!allOf(values.at(range_), 1, 5, u'0', u'9'))
+                return QStringLiteral("RANGE CODE '%1' is not a number of up to five digits").arg(values.at(range_));
+            if (!allOf(values.at(aoNo_), 1, 5, u'0', u'9'))
+                return QStringLiteral("AO NUMBER '%1' is not a number of up to five digits").arg(values.at(aoNo_));
+            break;
+        }
+        }
+
+        for (int i = 0; i < specs.size(); ++i)
+            if (schema::storedLength(values.at(i)) > maxLength_.at(i))
+                return QStringLiteral("%1 is longer than %2 characters").arg(specs.at(i).label).arg(maxLength_.at(i));
+        return QString();
     }
 
-    for (int i = 0; i < specs.size(); ++i) {
-        const int max = maxLengthOf(kind, specs.at(i).column);
-        if (schema::storedLength(values.at(i)) > max)
-            return QStringLiteral("%1 is longer than %2 characters").arg(specs.at(i).label).arg(max);
-    }
-    return QString();
-}
+private:
+    Kind kind_;
+    QVector<FieldSpec> specs_;
+    int ifsc_, micr_, branchCode_, area_, type_, range_, aoNo_;
+    QVector<int> maxLength_;
+    QVector<bool> breaksAllowed_;
+};
 
 // Collects rows into multi-row inserts; a key already present is replaced.
 // A replacing import loads into a table of its own that takes the list's
@@ -222,11 +264,13 @@ public:
 
     void add(const QStringList& values)
     {
-        pending_ += rows_ ? QStringLiteral(",(") : QStringLiteral("(");
+        if (rows_ == 0)
+            pending_ = head_;
+        pending_ += rows_ ? QLatin1String(",(") : QLatin1String("(");
         for (int i = 0; i < values.size(); ++i) {
             if (i)
                 pending_ += QLatin1Char(',');
-            pending_ += sqlQuote(values.at(i));
+            appendQuoted(pending_, values.at(i));
         }
         pending_ += QLatin1Char(')');
         if (++rows_ >= options_.batchRows || pending_.size() >= kMaxStatementChars)
@@ -237,6 +281,10 @@ public:
     {
         if (finished_)
             return;
+        try {
+            connection_.collect(); // the batch the server is still writing ends first; the failure reported is an earlier one
+        } catch (...) {
+        }
         try {
             if (keysOff_ && !options_.replace)
                 connection_.execute(QStringLiteral("ALTER TABLE %1 ENABLE KEYS").arg(sqlName(target_)));
@@ -249,20 +297,24 @@ public:
         }
     }
 
+    // Sends the batch, and the file's next rows are read while the server
+    // writes it; a batch that fails stops the import at the next flush.
     void flush()
     {
         if (!rows_)
             return;
-        connection_.execute(head_ + pending_ + tail_);
-        written_ += rows_;
+        collect();
+        pending_ += tail_;
+        connection_.send(pending_);
+        sent_ = rows_;
         rows_ = 0;
-        pending_.clear();
     }
 
     // Writes what is pending; a replacing import with at least one row takes the list's place.
     void finish()
     {
         flush();
+        collect();
         if (keysOff_)
             connection_.execute(QStringLiteral("ALTER TABLE %1 ENABLE KEYS").arg(sqlName(target_)));
         keysOff_ = false;
@@ -281,6 +333,12 @@ public:
     int written() const { return written_; }
 
 private:
+    void collect()
+    {
+        connection_.collect();
+        written_ += std::exchange(sent_, 0);
+    }
+
     // Well below the server's packet limit (16 MB by default; the text goes as UTF-8).
     static constexpr qsizetype kMaxStatementChars = 1 << 20;
 
@@ -296,6 +354,7 @@ private:
     ImportOptions options_;
     QString target_, head_, tail_, pending_;
     int rows_ = 0;
+    int sent_ = 0; // rows of the statement the server is writing
     int written_ = 0;
     bool locked_ = false;
     bool keysOff_ = false;
@@ -374,6 +433,7 @@ ImportResult importDevice(Connection& connection, Kind kind, QIODevice& device, 
         result.refused << QStringLiteral("line %1: %2").arg(reader.firstLine()).arg(printable(reason));
     };
 
+    const RowCheck checkRow(kind, specs);
     QStringList values;
     while (reader.next()) {
         if (reader.blank())
@@ -392,7 +452,7 @@ ImportResult importDevice(Connection& connection, Kind kind, QIODevice& device, 
             values.clear();
             for (int i = 0; i < specs.size(); ++i)
                 values << (positions.at(i) >= 0 ? fields.at(positions.at(i)) : QString());
-            const QString reason = checkRow(kind, specs, values);
+            const QString reason = checkRow(values);
             if (reason.isEmpty())
                 writer.add(values);
             else

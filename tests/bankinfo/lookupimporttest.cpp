@@ -441,6 +441,51 @@ private slots:
         }
         QCOMPARE(thrown, QStringLiteral("/nonexistent/ao.csv: no such file"));
     }
+
+    // A batch is written while the file's next rows are read: one the server refuses stops the import there.
+    void aBatchTheServerRefusesStopsTheImport_data()
+    {
+        QTest::addColumn<bool>("replace");
+        QTest::addColumn<int>("refusedRow"); // of 1000 rows, written 100 to a statement
+        QTest::newRow("adding, a middle batch") << false << 250;
+        QTest::newRow("adding, the last batch") << false << 950;
+        QTest::newRow("replacing, a middle batch") << true << 250;
+        QTest::newRow("replacing, the last batch") << true << 950;
+    }
+    void aBatchTheServerRefusesStopsTheImport()
+    {
+        QFETCH(bool, replace);
+        QFETCH(int, refusedRow);
+        // GIVEN a list of two branches whose table refuses one branch name of the file
+        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
+        load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,,FORT,,MUMBAI,,\nSBI,SBIN0000002,,WORLI,,MUMBAI,,\n");
+        (*db)->execute(QStringLiteral("ALTER TABLE MiscInf_Branch ADD CONSTRAINT refused CHECK (Branch <> 'REFUSED')"));
+        QByteArray bytes = kBankHeader;
+        for (int i = 0; i < 1000; ++i)
+            bytes += QStringLiteral("BANK,ABCD0%1,,%2,,CITY,,\n")
+                         .arg(i, 6, 10, QLatin1Char('0'))
+                         .arg(i == refusedRow ? QStringLiteral("REFUSED") : QStringLiteral("BRANCH %1").arg(i))
+                         .toLatin1();
+        // WHEN it is imported
+        long number = 0;
+        try {
+            load(Kind::Banks, bytes, ImportOptions{replace, 100});
+        } catch (const Failure& f) {
+            number = f.number();
+        }
+        // THEN the server's refusal is the failure, no row after that batch is written, and the
+        // connection goes on with nothing left locked, the name index in use and no work table
+        QCOMPARE(number, 4025L);
+        const int batchEnd = (refusedRow / 100 + 1) * 100;
+        QCOMPARE(db->count(QStringLiteral("MiscInf_Branch"), QStringLiteral("IFSC BETWEEN 'ABCD0%1' AND 'ABCD0999999'").arg(batchEnd, 6, 10, QLatin1Char('0'))), 0);
+        QCOMPARE(db->count(QStringLiteral("MiscInf_Branch"), QStringLiteral("IFSC LIKE 'SBIN%'")), 2);
+        if (replace)
+            QCOMPARE(db->count(QStringLiteral("MiscInf_Branch")), 2);
+        else
+            QVERIFY(db->count(QStringLiteral("MiscInf_Branch")) >= 2 + batchEnd - 100);
+        QCOMPARE(indexState(), QStringLiteral("ByName on"));
+        QCOMPARE(rows(QStringLiteral("show tables like 'miscinf\\_branch\\_\\_%'")), QStringList());
+    }
 };
 
 CORVANE_TEST_CLASS(LookupImportTest)

@@ -3,6 +3,7 @@
 #include "db/rowstream.h"
 #include "db/schema.h"
 #include "db/sqltext.h"
+#include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -277,6 +278,55 @@ private slots:
         QCOMPARE(db_->count(QStringLiteral("recp_det"), QStringLiteral("recpid not in (select recpid from recp_main)")), 0);
         QCOMPARE(db_->count(QStringLiteral("bill_main"), QStringLiteral("code_no not in (select Code_No from FBT_Info)")), 0);
         QCOMPARE(db_->count(QStringLiteral("FBT_BankDet"), QStringLiteral("code_no not in (select Code_No from FBT_Info)")), 0);
+    }
+
+    // A statement sent ends before anything else runs on the connection, and its failure is the next one's.
+    void aSentStatementEndsBeforeTheNext_data()
+    {
+        QTest::addColumn<QString>("sent");
+        QTest::addColumn<QString>("next");
+        QTest::addColumn<long>("number"); // of the failure, 0 for none
+        for (const QString next : {"collect", "query", "stream"}) {
+            QTest::newRow(qPrintable(QStringLiteral("a write, then %1").arg(next))) << "INSERT INTO FBT_Nature VALUES (901,'SENT')" << next << 0L;
+            QTest::newRow(qPrintable(QStringLiteral("a failing write, then %1").arg(next))) << "INSERT INTO nowhere VALUES (1)" << next << 1146L;
+        }
+    }
+    void aSentStatementEndsBeforeTheNext()
+    {
+        QFETCH(QString, sent);
+        QFETCH(QString, next);
+        QFETCH(long, number);
+        Connection& c = *db_->connection();
+        c.execute(QStringLiteral("DELETE FROM FBT_Nature"));
+        const QString count = QStringLiteral("SELECT COUNT(*) FROM FBT_Nature");
+        // WHEN a statement is sent and the connection is used next
+        test::StatementRecorder recorder;
+        long thrown = 0;
+        QString seen;
+        try {
+            c.send(sent);
+            if (next == QStringLiteral("collect"))
+                QCOMPARE(c.collect(), 1);
+            if (next == QStringLiteral("stream")) {
+                RowStream rows(c, count);
+                QVERIFY(rows.next());
+                seen = QString::fromUtf8(rows.text(0));
+                QVERIFY(!rows.next());
+            } else {
+                seen = c.query(count).rows.first().first().toString();
+            }
+        } catch (const Failure& f) {
+            thrown = f.number();
+        }
+        recorder.stop();
+        // THEN the sent statement ended first, with its own failure, and the connection goes on
+        QCOMPARE(thrown, number);
+        QCOMPARE(recorder.statements().size(), number ? 1 : 2);
+        QCOMPARE(recorder.statements().first().sql, sent);
+        QCOMPARE(recorder.statements().first().ok, number == 0);
+        if (!number)
+            QCOMPARE(seen, QStringLiteral("1"));
+        QCOMPARE(db_->scalar(QStringLiteral("SELECT 6*7")), QStringLiteral("42"));
     }
 };
 
