@@ -3,6 +3,9 @@
 #include "core/prompter.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "support/files.h"
+#include "support/formdriver.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -12,6 +15,7 @@
 #include <QtTest>
 
 using namespace corvane;
+using namespace corvane::test;
 
 // How both editions use the value services: dates normalised on leaving a
 // box, PAN checks, and the state lists.
@@ -21,12 +25,6 @@ class ScreenServicesTest : public QObject {
     std::unique_ptr<test::TestDatabase> db_;
     std::shared_ptr<ScriptedPrompter> prompter_;
 
-    static void showActive(QWidget& form)
-    {
-        form.show();
-        form.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&form));
-    }
 
     // Types into the box and leaves it with Tab.
     static void typeAndLeave(QWidget& form, const QString& name, const QString& text)
@@ -46,8 +44,7 @@ private slots:
     {
         modbase().Code = QStringLiteral("C001");
         modbase().TYear = 2009;
-        prompter_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompter_;
+        prompter_ = installPrompter();
     }
 
     void datesAreNormalisedOnLeaving_data()
@@ -107,11 +104,7 @@ private slots:
     void stateListsComeFromTheStateFile()
     {
         // GIVEN a state file and a representative in a state the file lacks
-        QDir(modbase().AppPath).mkpath(QStringLiteral("Data"));
-        QFile file(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("Andhra Pradesh, Assam\nGoa\n");
-        file.close();
+        writeFile(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"), "Andhra Pradesh, Assam\nGoa\n");
         db_->connection()->execute(QStringLiteral("delete from FBT_MiscInf"));
         db_->connection()->execute(QStringLiteral("insert into FBT_MiscInf (Code_No, TYear, Var0_7, Var1_9) values ('C001', 2009, 'SIKKIM', 'GOA')"));
         // WHEN the second edition opens
