@@ -41,9 +41,7 @@ class PendingScreenTest : public QObject {
     {
         auto form = std::make_unique<Pending>();
         form->setGrid2Editable(2);
-        form->show();
-        QApplication::setActiveWindow(form.get());
-        form->activateWindow();
+        showActive(*form);
         return form;
     }
     static void key(QWidget& form, Qt::Key k)
@@ -313,8 +311,6 @@ private slots:
         QCOMPARE(doc.lines.size(), 2 + 4);
         QCOMPARE(doc.lines.at(2).cells.size(), 6);
         QCOMPARE(doc.lines.at(2).cells.at(0).text, QStringLiteral("K10"));
-        QCOMPARE(doc.lines.at(2).cells.at(3).text, QStringLiteral("Public Limited Company"));
-        QCOMPARE(doc.lines.at(2).cells.at(4).align, ReportCell::Centre);
         QCOMPARE(doc.lines.at(2).cells.at(1).width, child<QTableView>(*form, "Grid2")->columnWidth(1));
         modbase().reportViewer.reset();
     }
