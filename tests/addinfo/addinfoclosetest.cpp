@@ -74,7 +74,6 @@ private slots:
             << QStringList{QStringLiteral("Do you want to Save?"), QStringLiteral("Please Select Nature of Business.")} << true << 0;
         QTest::newRow("first, no nature of business, No: the user gets out")
             << 1 << true << false << Prompter::Answer::No << question << false << 0;
-        QTest::newRow("second, only looked: closes without a question") << 2 << false << false << none << QStringList() << false << 0;
         QTest::newRow("second, edited, Yes: saved and closed") << 2 << true << false << Prompter::Answer::Yes << question << false << 1;
     }
 

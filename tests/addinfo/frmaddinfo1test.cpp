@@ -2,7 +2,9 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "fakebankinfo.h"
+#include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "support/files.h"
 #include "support/formdriver.h"
 #include "support/prompts.h"
 #include "support/testdatabase.h"
@@ -19,7 +21,8 @@
 using namespace corvane;
 using namespace corvane::test;
 
-// The second edition of the additional information screen, driven offscreen.
+// The second edition of the additional information screen, driven offscreen, and
+// how both editions use the value services: dates on leaving a box, PAN checks, the state lists.
 class FrmAddInfo1Test : public QObject {
     Q_OBJECT
 
@@ -149,35 +152,78 @@ private slots:
         QCOMPARE(column(QStringLiteral("concat(RepAss,'/',Var0_0)"), QStringLiteral("FBT_MiscInf")), QStringLiteral("0/KEPT NAME"));
     }
 
-    void invalidPanKeepsTheFocus_data()
+    void panOnLeaving_data()
     {
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("panBox");
-        QTest::addColumn<QString>("nextBox");
-        QTest::newRow("representative") << 0 << "txt0_1" << "txt0_2";
-        QTest::newRow("auditor's firm") << 1 << "txt1_3" << "txt1_4";
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("representative, a PAN") << 0 << "txt0_1" << "ABCDE1234F" << false;
+        QTest::newRow("representative, empty") << 0 << "txt0_1" << "" << false;
+        QTest::newRow("representative, not a PAN") << 0 << "txt0_1" << "abcd1234" << true;
+        QTest::newRow("firm, ten capitals") << 1 << "txt1_3" << "ABCDEFGHIJ" << false;
+        QTest::newRow("firm, not a PAN") << 1 << "txt1_3" << "abcd1234" << true;
     }
 
-    void invalidPanKeepsTheFocus()
+    void panOnLeaving()
     {
         QFETCH(int, page);
         QFETCH(QString, panBox);
-        QFETCH(QString, nextBox);
-        // GIVEN an invalid PAN typed into the box
+        QFETCH(QString, typed);
+        QFETCH(bool, refused);
+        // GIVEN a PAN (or none) typed into the box
         FrmAddInfo1 form;
         showActive(form);
         child<QCheckBox>(form, "chk0")->setChecked(true);
         form.cmddetail[page]->click();
         auto* pan = child<QLineEdit>(form, panBox);
         pan->setFocus();
-        QTest::keyClicks(pan, QStringLiteral("abcd1234"));
+        QTest::keyClicks(pan, typed);
         // WHEN the user leaves it with Enter
         QTest::keyClick(pan, Qt::Key_Return);
-        // THEN the refusal is shown and the focus is back in the box, the text as typed
-        QCOMPARE(prompter_->texts(), QStringList{QStringLiteral("PAN No is not Valid.")});
-        QCOMPARE(QApplication::focusWidget(), pan);
-        QCOMPARE(pan->text(), QStringLiteral("ABCD1234"));
-        QVERIFY(child(form, nextBox)->isEnabled());
+        // THEN a wrong one is refused and the focus is back in the box, the text as typed; a right one lets it go
+        QCOMPARE(prompter_->texts(), refused ? QStringList{QStringLiteral("PAN No is not Valid.")} : QStringList());
+        QCOMPARE(QApplication::focusWidget() == pan, refused);
+        QCOMPARE(pan->text(), typed.toUpper());
+    }
+
+    void datesAreNormalisedOnLeaving_data()
+    {
+        QTest::addColumn<bool>("second");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("original return date") << false << "txtfields_3" << "5.1.8" << "05/01/2008";
+        QTest::newRow("44AB report") << false << "txtfields_4" << "15/4/8" << "15/04/2008";
+        QTest::newRow("44AB(c) report") << false << "txtfields_5" << "31/02/2008" << "";
+        QTest::newRow("interest upto") << false << "txtfields_14" << "12/05/35" << "12/05/1935";
+        QTest::newRow("audit report") << true << "txt1_11" << "5.1.8" << "05/01/2008";
+        QTest::newRow("revised return date") << true << "txt2_3" << "15/4/8" << "15/04/2008";
+        QTest::newRow("second interest upto") << true << "txt2_13" << "1/1/2009" << "01/01/2009";
+    }
+
+    void datesAreNormalisedOnLeaving()
+    {
+        QFETCH(bool, second);
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        // GIVEN either edition, the page of the box shown
+        std::unique_ptr<QDialog> form;
+        if (second)
+            form = std::make_unique<FrmAddInfo1>();
+        else
+            form = std::make_unique<FrmAddInfo>();
+        showActive(*form);
+        if (auto* f = qobject_cast<FrmAddInfo1*>(form.get()))
+            f->cmddetail_Click(box.startsWith(QLatin1String("txt1")) ? 1 : 2);
+        // WHEN a date is typed and the box left with Tab THEN it shows the date in full, or nothing
+        auto* edit = child<QLineEdit>(*form, box);
+        edit->setEnabled(true);
+        edit->setFocus();
+        QTest::keyClicks(edit, typed);
+        QTest::keyClick(edit, Qt::Key_Tab);
+        QCOMPARE(edit->text(), shown);
     }
 
     void keyFilters_data()
@@ -273,6 +319,22 @@ private slots:
         QCOMPARE(column(QStringLiteral("concat(Ward,'/',RetDt,'/',Amt115WJ5)")), QStringLiteral("W7/05/05/2008/20"));
         QCOMPARE(column(QStringLiteral("concat(Var0_7,'/',Var1_9,'/',Var2_1)"), QStringLiteral("FBT_MiscInf")),
                  QStringLiteral("GOA/KERALA/OLD NAME"));
+    }
+
+    void stateListsComeFromTheStateFile()
+    {
+        // GIVEN a state file and a representative in a state the file lacks
+        writeFile(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"), "Andhra Pradesh, Assam\nGoa\n");
+        db_->connection()->execute(QStringLiteral("insert into FBT_MiscInf (Code_No, TYear, Var0_7, Var1_9) values ('C001', 2008, 'SIKKIM', 'GOA')"));
+        // WHEN the second edition opens
+        FrmAddInfo1 form;
+        QFile::remove(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"));
+        // THEN both lists hold the file's states in capitals, and the stored states are chosen
+        auto* auditor = child<QComboBox>(form, "cbost1");
+        QCOMPARE(auditor->count(), 3);
+        QCOMPARE(auditor->itemText(0), QStringLiteral("ANDHRA PRADESH"));
+        QCOMPARE(auditor->currentText(), QStringLiteral("GOA"));
+        QCOMPARE(child<QComboBox>(form, "cbost0")->currentText(), QStringLiteral("SIKKIM"));
     }
 };
 
