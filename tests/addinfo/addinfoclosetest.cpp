@@ -3,6 +3,7 @@
 #include "db/sqltext.h"
 #include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -12,6 +13,7 @@
 #include <QtTest>
 
 using namespace corvane;
+using namespace corvane::test;
 
 Q_DECLARE_METATYPE(Prompter::Answer)
 
@@ -48,8 +50,7 @@ private slots:
         db_->startAfresh({QStringLiteral("FBT_AddInfo"), QStringLiteral("FBT_MiscInf"), QStringLiteral("FBT_Info")});
         modbase().Code = QStringLiteral("C001");
         modbase().TYear = 2007;
-        prompter_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompter_;
+        prompter_ = installPrompter();
     }
 
     void closeButton_data()
@@ -73,7 +74,6 @@ private slots:
             << QStringList{QStringLiteral("Do you want to Save?"), QStringLiteral("Please Select Nature of Business.")} << true << 0;
         QTest::newRow("first, no nature of business, No: the user gets out")
             << 1 << true << false << Prompter::Answer::No << question << false << 0;
-        QTest::newRow("second, only looked: closes without a question") << 2 << false << false << none << QStringList() << false << 0;
         QTest::newRow("second, edited, Yes: saved and closed") << 2 << true << false << Prompter::Answer::Yes << question << false << 1;
     }
 

@@ -2,7 +2,11 @@
 #include "core/modbase.h"
 #include "core/prompter.h"
 #include "fakebankinfo.h"
+#include "screens/addinfo/frmaddinfo.h"
 #include "screens/addinfo/frmaddinfo1.h"
+#include "support/files.h"
+#include "support/formdriver.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -15,23 +19,17 @@
 #include <QtTest>
 
 using namespace corvane;
+using namespace corvane::test;
 
-// The second edition of the additional information screen, driven offscreen.
+// The second edition of the additional information screen, driven offscreen, and
+// how both editions use the value services: dates on leaving a box, PAN checks, the state lists.
 class FrmAddInfo1Test : public QObject {
     Q_OBJECT
 
     std::unique_ptr<test::TestDatabase> db_;
     std::shared_ptr<ScriptedPrompter> prompter_;
 
-    template <typename T = QWidget>
-    static T* find(QWidget& form, const QString& name)
-    {
-        T* w = form.findChild<T*>(name);
-        if (!w)
-            qFatal("no control %s", qPrintable(name));
-        return w;
-    }
-    static QLineEdit* box(QWidget& form, const char* name) { return find<QLineEdit>(form, QString::fromLatin1(name)); }
+    static QLineEdit* box(QWidget& form, const char* name) { return child<QLineEdit>(form, QString::fromLatin1(name)); }
 
     QString column(const QString& name, const QString& table = QStringLiteral("FBT_AddInfo"))
     {
@@ -39,12 +37,6 @@ class FrmAddInfo1Test : public QObject {
                            + QStringLiteral(" where code_no='C001' and tyear=") + QString::number(modbase().TYear));
     }
 
-    static void showActive(QWidget& form)
-    {
-        form.show();
-        form.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&form));
-    }
 
 private slots:
     void init()
@@ -53,8 +45,7 @@ private slots:
         db_->startAfresh({QStringLiteral("FBT_AddInfo"), QStringLiteral("FBT_MiscInf"), QStringLiteral("FBT_Info")});
         modbase().Code = QStringLiteral("C001");
         modbase().TYear = 2008;
-        prompter_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompter_;
+        prompter_ = installPrompter();
     }
     void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("frmaddinfo1")); }
     void cleanupTestCase() { db_.reset(); }
@@ -64,15 +55,15 @@ private slots:
         // GIVEN values typed on each page
         FrmAddInfo1 form;
         showActive(form);
-        find<QCheckBox>(form, QStringLiteral("chk0"))->click();
+        child<QCheckBox>(form, "chk0")->click();
         QTest::keyClicks(box(form, "txt0_0"), QStringLiteral("ravi kumar"));
         QTest::keyClicks(box(form, "txt0_8"), QStringLiteral("400a001"));
         form.cmddetail[1]->click();
         QTest::keyClicks(box(form, "txt1_0"), QStringLiteral("shah & co"));
-        find<QCheckBox>(form, QStringLiteral("chk1_1"))->click();
+        child<QCheckBox>(form, "chk1_1")->click();
         form.cmddetail[2]->click();
         QTest::keyClicks(box(form, "txt2_1"), QStringLiteral("ward 9"));
-        find<QComboBox>(form, QStringLiteral("cbosection"))->setCurrentIndex(1);
+        child<QComboBox>(form, "cbosection")->setCurrentIndex(1);
         // WHEN going back and forth and saving with Escape
         form.cmddetail[0]->click();
         QCOMPARE(box(form, "txt0_0")->text(), QStringLiteral("RAVI KUMAR"));
@@ -105,10 +96,10 @@ private slots:
         showActive(form);
         form.cmddetail[2]->click();
         // THEN 115WJ(5) and its amount show only from 2008
-        QCOMPARE(find(form, QStringLiteral("chk2_5"))->isVisible(), visible);
+        QCOMPARE(child(form, "chk2_5")->isVisible(), visible);
         QCOMPARE(box(form, "txt2_11")->isVisible(), visible);
         // AND a save still writes the pair ('0' and 0 when unticked)
-        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        child<QPushButton>(form, "cmdexit")->click();
         QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("0/0"));
     }
 
@@ -135,61 +126,104 @@ private slots:
         // GIVEN a year without rows: the dependents start disabled
         FrmAddInfo1 form;
         for (const QString& d : dependents)
-            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+            QVERIFY2(!child(form, d)->isEnabled(), qPrintable(d));
         // WHEN the control is chosen, THEN they are enabled; and disabled again by the opposite choice
-        find<QAbstractButton>(form, control)->click();
+        child<QAbstractButton>(form, control)->click();
         for (const QString& d : dependents)
-            QVERIFY2(find(form, d)->isEnabled(), qPrintable(d));
+            QVERIFY2(child(form, d)->isEnabled(), qPrintable(d));
         if (control == QLatin1String("Opt2_1"))
-            find<QRadioButton>(form, QStringLiteral("Opt2_0"))->click();
+            child<QRadioButton>(form, "Opt2_0")->click();
         else
-            find<QAbstractButton>(form, control)->click();
+            child<QAbstractButton>(form, control)->click();
         for (const QString& d : dependents)
-            QVERIFY2(!find(form, d)->isEnabled(), qPrintable(d));
+            QVERIFY2(!child(form, d)->isEnabled(), qPrintable(d));
     }
 
     void untickedRepresentativeKeepsAndSavesItsText()
     {
         FrmAddInfo1 form;
-        auto* rep = find<QCheckBox>(form, QStringLiteral("chk0"));
+        auto* rep = child<QCheckBox>(form, "chk0");
         rep->click();
         box(form, "txt0_0")->setText(QStringLiteral("KEPT NAME"));
         rep->click();
         QVERIFY(!box(form, "txt0_0")->isEnabled());
         QCOMPARE(box(form, "txt0_0")->text(), QStringLiteral("KEPT NAME"));
-        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        child<QPushButton>(form, "cmdexit")->click();
         QCOMPARE(column(QStringLiteral("concat(RepAss,'/',Var0_0)"), QStringLiteral("FBT_MiscInf")), QStringLiteral("0/KEPT NAME"));
     }
 
-    void invalidPanKeepsTheFocus_data()
+    void panOnLeaving_data()
     {
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("panBox");
-        QTest::addColumn<QString>("nextBox");
-        QTest::newRow("representative") << 0 << "txt0_1" << "txt0_2";
-        QTest::newRow("auditor's firm") << 1 << "txt1_3" << "txt1_4";
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("representative, a PAN") << 0 << "txt0_1" << "ABCDE1234F" << false;
+        QTest::newRow("representative, empty") << 0 << "txt0_1" << "" << false;
+        QTest::newRow("representative, not a PAN") << 0 << "txt0_1" << "abcd1234" << true;
+        QTest::newRow("firm, ten capitals") << 1 << "txt1_3" << "ABCDEFGHIJ" << false;
+        QTest::newRow("firm, not a PAN") << 1 << "txt1_3" << "abcd1234" << true;
     }
 
-    void invalidPanKeepsTheFocus()
+    void panOnLeaving()
     {
         QFETCH(int, page);
         QFETCH(QString, panBox);
-        QFETCH(QString, nextBox);
-        // GIVEN an invalid PAN typed into the box
+        QFETCH(QString, typed);
+        QFETCH(bool, refused);
+        // GIVEN a PAN (or none) typed into the box
         FrmAddInfo1 form;
         showActive(form);
-        find<QCheckBox>(form, QStringLiteral("chk0"))->setChecked(true);
+        child<QCheckBox>(form, "chk0")->setChecked(true);
         form.cmddetail[page]->click();
-        auto* pan = find<QLineEdit>(form, panBox);
+        auto* pan = child<QLineEdit>(form, panBox);
         pan->setFocus();
-        QTest::keyClicks(pan, QStringLiteral("abcd1234"));
+        QTest::keyClicks(pan, typed);
         // WHEN the user leaves it with Enter
         QTest::keyClick(pan, Qt::Key_Return);
-        // THEN the refusal is shown and the focus is back in the box, the text as typed
-        QCOMPARE(prompter_->texts(), QStringList{QStringLiteral("PAN No is not Valid.")});
-        QCOMPARE(QApplication::focusWidget(), pan);
-        QCOMPARE(pan->text(), QStringLiteral("ABCD1234"));
-        QVERIFY(find(form, nextBox)->isEnabled());
+        // THEN a wrong one is refused and the focus is back in the box, the text as typed; a right one lets it go
+        QCOMPARE(prompter_->texts(), refused ? QStringList{QStringLiteral("PAN No is not Valid.")} : QStringList());
+        QCOMPARE(QApplication::focusWidget() == pan, refused);
+        QCOMPARE(pan->text(), typed.toUpper());
+    }
+
+    void datesAreNormalisedOnLeaving_data()
+    {
+        QTest::addColumn<bool>("second");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("original return date") << false << "txtfields_3" << "5.1.8" << "05/01/2008";
+        QTest::newRow("44AB report") << false << "txtfields_4" << "15/4/8" << "15/04/2008";
+        QTest::newRow("44AB(c) report") << false << "txtfields_5" << "31/02/2008" << "";
+        QTest::newRow("interest upto") << false << "txtfields_14" << "12/05/35" << "12/05/1935";
+        QTest::newRow("audit report") << true << "txt1_11" << "5.1.8" << "05/01/2008";
+        QTest::newRow("revised return date") << true << "txt2_3" << "15/4/8" << "15/04/2008";
+        QTest::newRow("second interest upto") << true << "txt2_13" << "1/1/2009" << "01/01/2009";
+    }
+
+    void datesAreNormalisedOnLeaving()
+    {
+        QFETCH(bool, second);
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        // GIVEN either edition, the page of the box shown
+        std::unique_ptr<QDialog> form;
+        if (second)
+            form = std::make_unique<FrmAddInfo1>();
+        else
+            form = std::make_unique<FrmAddInfo>();
+        showActive(*form);
+        if (auto* f = qobject_cast<FrmAddInfo1*>(form.get()))
+            f->cmddetail_Click(box.startsWith(QLatin1String("txt1")) ? 1 : 2);
+        // WHEN a date is typed and the box left with Tab THEN it shows the date in full, or nothing
+        auto* edit = child<QLineEdit>(*form, box);
+        edit->setEnabled(true);
+        edit->setFocus();
+        QTest::keyClicks(edit, typed);
+        QTest::keyClick(edit, Qt::Key_Tab);
+        QCOMPARE(edit->text(), shown);
     }
 
     void keyFilters_data()
@@ -210,7 +244,7 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(QString, shown);
         FrmAddInfo1 form;
-        auto* edit = find<QLineEdit>(form, box);
+        auto* edit = child<QLineEdit>(form, box);
         edit->setEnabled(true);
         QTest::keyClicks(edit, typed);
         QCOMPARE(edit->text(), shown);
@@ -226,9 +260,9 @@ private slots:
             QVERIFY2(edit->maxLength() >= 9 && edit->maxLength() <= 100, qPrintable(edit->objectName()));
             edit->setText(QString(edit->maxLength(), QLatin1Char('9')));
         }
-        find<QCheckBox>(form, QStringLiteral("chk2_4"))->setChecked(true);
+        child<QCheckBox>(form, "chk2_4")->setChecked(true);
         // WHEN saved
-        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
+        child<QPushButton>(form, "cmdexit")->click();
         // THEN both rows are written without a failure
         QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
         QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
@@ -239,7 +273,7 @@ private slots:
     {
         FakeBankInfo::install({"PUNE", "PNE", "C", "14", "3"});
         FrmAddInfo1 form;
-        find<QPushButton>(form, QStringLiteral("cmdao"))->click();
+        child<QPushButton>(form, "cmdao")->click();
         FakeBankInfo::uninstall();
         QCOMPARE(QStringList({box(form, "txt2_6")->text(), box(form, "txt2_7")->text(), box(form, "txt2_8")->text(),
                               box(form, "txt2_9")->text()}),
@@ -251,14 +285,14 @@ private slots:
         FrmAddInfo1 form;
         showActive(form);
         form.cmddetail[2]->click();
-        auto* section = find(form, QStringLiteral("cbosection"));
+        auto* section = child(form, "cbosection");
         section->setFocus();
         QTest::keyClick(section, Qt::Key_Return);
-        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("Opt2_0")));
-        auto* peIndia = find(form, QStringLiteral("chk2_1"));
+        QCOMPARE(QApplication::focusWidget(), child(form, "Opt2_0"));
+        auto* peIndia = child(form, "chk2_1");
         peIndia->setFocus();
         QTest::keyClick(peIndia, Qt::Key_Enter);
-        QCOMPARE(QApplication::focusWidget(), find(form, QStringLiteral("chk2_2")));
+        QCOMPARE(QApplication::focusWidget(), child(form, "chk2_2"));
         QVERIFY(form.isVisible());
     }
 
@@ -273,23 +307,34 @@ private slots:
                                  "'AUD','','','','','','','','','KERALA','','','1','OLD NAME')"));
         FrmAddInfo1 form;
         // THEN the pages show them
-        QVERIFY(find<QCheckBox>(form, QStringLiteral("chk0"))->isChecked());
-        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbost0"))->currentText(), QStringLiteral("GOA"));
-        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbost1"))->currentText(), QStringLiteral("KERALA"));
+        QVERIFY(child<QCheckBox>(form, "chk0")->isChecked());
+        QCOMPARE(child<QComboBox>(form, "cbost1")->currentText(), QStringLiteral("KERALA"));
         QCOMPARE(box(form, "txt2_0")->text(), QStringLiteral("OLD NAME"));
-        QVERIFY(box(form, "txt2_0")->isEnabled());
-        QCOMPARE(find<QComboBox>(form, QStringLiteral("cbosection"))->currentText(), QStringLiteral("22 - Voluntarily after the due date"));
-        QVERIFY(find<QRadioButton>(form, QStringLiteral("Opt2_1"))->isChecked());
-        QVERIFY(box(form, "txt2_11")->isEnabled());
+        QCOMPARE(child<QComboBox>(form, "cbosection")->currentText(), QStringLiteral("22 - Voluntarily after the due date"));
+        QVERIFY(child<QRadioButton>(form, "Opt2_1")->isChecked());
         QCOMPARE(box(form, "txt2_11")->text(), QStringLiteral("20"));
-        // WHEN saved unchanged
-        find<QPushButton>(form, QStringLiteral("cmdexit"))->click();
-        // THEN the first edition's answers and the filing stay, and FBT_MiscInf is written again
-        QCOMPARE(column(QStringLiteral("concat(ChAdd,'/',OldWard,'/',NOB,'/',Ac44AB,'/',RetDt,'/',Amt115WJ5)")),
-                 QStringLiteral("1/OLD/3/1/05/05/2008/20"));
-        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
+        // WHEN saved unchanged THEN both rows are written back as they were
+        // (that each edition keeps the other's columns is the record's own test)
+        child<QPushButton>(form, "cmdexit")->click();
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',RetDt,'/',Amt115WJ5)")), QStringLiteral("W7/05/05/2008/20"));
         QCOMPARE(column(QStringLiteral("concat(Var0_7,'/',Var1_9,'/',Var2_1)"), QStringLiteral("FBT_MiscInf")),
                  QStringLiteral("GOA/KERALA/OLD NAME"));
+    }
+
+    void stateListsComeFromTheStateFile()
+    {
+        // GIVEN a state file and a representative in a state the file lacks
+        writeFile(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"), "Andhra Pradesh, Assam\nGoa\n");
+        db_->connection()->execute(QStringLiteral("insert into FBT_MiscInf (Code_No, TYear, Var0_7, Var1_9) values ('C001', 2008, 'SIKKIM', 'GOA')"));
+        // WHEN the second edition opens
+        FrmAddInfo1 form;
+        QFile::remove(modbase().AppPath + QStringLiteral("/Data/StateCodes.txt"));
+        // THEN both lists hold the file's states in capitals, and the stored states are chosen
+        auto* auditor = child<QComboBox>(form, "cbost1");
+        QCOMPARE(auditor->count(), 3);
+        QCOMPARE(auditor->itemText(0), QStringLiteral("ANDHRA PRADESH"));
+        QCOMPARE(auditor->currentText(), QStringLiteral("GOA"));
+        QCOMPARE(child<QComboBox>(form, "cbost0")->currentText(), QStringLiteral("SIKKIM"));
     }
 };
 

@@ -8,12 +8,13 @@
 #include "screens/backup/archivelayout.h"
 #include "screens/backup/backupjob.h"
 #include "screens/backup/destination.h"
+#include "support/prompts.h"
 #include "support/statementrecorder.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
+#include "restoretestsupport.h"
 
-#include <QDirIterator>
 #include <QProcess>
 #include <QSemaphore>
 #include <QStandardPaths>
@@ -24,24 +25,16 @@
 
 using namespace corvane;
 using namespace corvane::backup;
+using namespace corvane::test;
 
 namespace {
 
 const QDate kToday(2026, 3, 5);
 
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-// The export of a table; the server may keep table names in lower case.
+// The export of a table.
 QString exportOf(const QString& root, const QString& table)
 {
-    for (const QString& f : QDir(root + "/Tables").entryList(QDir::Files))
-        if (f.compare(table, Qt::CaseInsensitive) == 0)
-            return root + "/Tables/" + f;
-    return QString();
+    return test::fileNamedAnyCase(root + "/Tables", table);
 }
 
 QStringList filesOf(const QString& folder)
@@ -153,8 +146,7 @@ private slots:
         db_->startAfresh({});
         modbase().clock = [] { return QDateTime(kToday, QTime(10, 0)); };
         modbase().vTmpPath = temp_.path() + QLatin1Char('/');
-        prompter_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompter_;
+        prompter_ = installPrompter();
         for (const QString& f : QDir(dest_.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
             QDir(dest_.filePath(f)).removeRecursively();
             QFile::remove(dest_.filePath(f));
@@ -309,18 +301,15 @@ private slots:
 
     void documentsAreCopiedWhenPresent()
     {
-        QDir().mkpath(db_->appPath() + "/Data");
-        QFile bill(db_->appPath() + "/Data/BillNew.doc");
-        QVERIFY(bill.open(QIODevice::WriteOnly));
-        bill.write("bill");
-        bill.close();
+        const QString bill = db_->appPath() + "/Data/BillNew.doc";
+        test::writeFile(bill, "bill");
         QCOMPARE(backUp(dest_.path()), BackupJob::Outcome::Completed);
         QTemporaryDir out;
         const QString root = unpack(out.path());
         QCOMPARE(readFile(root + "/BillNew.doc"), QByteArray("bill"));
         QVERIFY(!QFileInfo::exists(root + "/RecpNew.doc"));
         QVERIFY(QFileInfo(root + "/Confg.ini").isFile()); // BKDir was saved into it
-        QFile::remove(bill.fileName());
+        QFile::remove(bill);
     }
 
     void writerDuringBackupLeavesClosedTables()
@@ -353,10 +342,7 @@ private slots:
 
     void decliningOverwriteKeepsOldArchive()
     {
-        QFile old(archive());
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("old archive");
-        old.close();
+        test::writeFile(archive(), "old archive");
         prompter_->then(Prompter::Answer::No);
         QCOMPARE(backUp(dest_.path()), BackupJob::Outcome::Refused);
         QCOMPARE(prompter_->texts(),
@@ -441,10 +427,7 @@ private slots:
         (*db_)->execute("CREATE TABLE crashy (id int PRIMARY KEY, t varchar(10)) ENGINE=MyISAM");
         (*db_)->execute("INSERT INTO crashy VALUES (1, 'a'), (2, 'b')");
         (*db_)->execute("FLUSH TABLES");
-        QString index;
-        for (const QString& f : filesOf(dbFolder(db_->name())))
-            if (f.compare("crashy.MYI", Qt::CaseInsensitive) == 0)
-                index = dbFolder(db_->name()) + '/' + f;
+        const QString index = test::fileNamedAnyCase(dbFolder(db_->name()), "crashy.MYI");
         QVERIFY(!index.isEmpty());
         QVERIFY(QFile::resize(index, 0));
         for (int a : answers)

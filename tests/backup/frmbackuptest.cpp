@@ -1,11 +1,9 @@
-#include "core/chooser.h"
 #include "component/components.h"
-#include "core/modbase.h"
-#include "core/prompter.h"
 #include "core/settings.h"
 #include "screens/backup/archivelayout.h"
 #include "screens/backup/frmbackup.h"
 #include "support/formdriver.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -38,13 +36,7 @@ class FrmBackupTest : public QObject {
     QTemporaryDir dest_;
     QTemporaryDir temp_;
 
-    std::unique_ptr<frmbackup> open()
-    {
-        auto form = std::make_unique<frmbackup>();
-        form->show();
-        QApplication::setActiveWindow(form.get());
-        return form;
-    }
+    std::unique_ptr<frmbackup> open() { return openActive<frmbackup>(); }
 
 private slots:
     void initTestCase()
@@ -60,10 +52,8 @@ private slots:
         QFile::remove(db_->appPath() + "/Confg.ini");
         modbase().clock = [] { return QDateTime(kToday, QTime(9, 30)); };
         modbase().vTmpPath = temp_.path() + '/';
-        prompts_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompts_;
-        chooser_ = std::make_shared<ScriptedChooser>();
-        modbase().chooser = chooser_;
+        prompts_ = installPrompter();
+        chooser_ = installChooser();
     }
 
     void defaultFolder_data()

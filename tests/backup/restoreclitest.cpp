@@ -16,10 +16,10 @@ class RestoreCliTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<TestDatabase> db_;
-    std::unique_ptr<QTemporaryDir> area_;
+    std::unique_ptr<RestoreArea> area_;
     QString mysql_, app_, archive_;
 
-    QString at(const QString& relative) const { return area_->filePath(relative); }
+    QString at(const QString& relative) const { return area_->at(relative); }
     CliResult restore(const QStringList& args)
     {
         return runCli(databaseArgs(*db_) + QStringList{"--app-path", app_, "restore"} + args,
@@ -39,18 +39,11 @@ private slots:
 
     void init()
     {
-        area_ = std::make_unique<QTemporaryDir>();
-        mysql_ = at("mysql-data");
-        app_ = at("app");
-        QDir().mkpath(mysql_ + "/mysql");
-        QDir().mkpath(at("tmp"));
-        writeFile(mysql_ + "/fbt/a.MYD", "old a");
-        writeFile(app_ + "/FBT", "program");
+        area_ = std::make_unique<RestoreArea>("backup");
+        mysql_ = area_->mysql;
+        app_ = area_->app;
+        archive_ = area_->archive;
         writeFile(app_ + "/Confg.ini", "[Settings]\nmark=old\n");
-        writeBackupTree(at("backup"));
-        archive_ = at("backup.zip");
-        packArchive(at("backup"), archive_);
-        QDir(at("backup")).removeRecursively();
     }
 
     void listPrintsTheRowsAndRestoresNothing()
@@ -119,12 +112,8 @@ private slots:
         QTest::newRow("no archive") << QStringList{} << 2 << "missing arguments";
         QTest::newRow("archive and folders") << QStringList{"ARCHIVE", "--db-folder", "x"} << 2 << "either";
         QTest::newRow("unknown option") << QStringList{"ARCHIVE", "--force"} << 2 << "unknown option --force";
-        QTest::newRow("missing archive") << QStringList{"nowhere.zip", "--mysql-dir", "MYSQL"} << 1
-                                         << "Backup File does not Exists.";
         QTest::newRow("not a MySQL directory") << QStringList{"ARCHIVE", "--mysql-dir", "APP"} << 1
                                                << "[APP] not a Valid MySql Directory.";
-        QTest::newRow("not a data directory") << QStringList{"ARCHIVE", "--mysql-dir", "MYSQL", "--data-dir", "MYSQL"} << 1
-                                              << "[MYSQL] not a Valid Data Directory.";
         QTest::newRow("manual without databases, no terminal") << QStringList{"--data-folder", "APP", "--mysql-dir", "MYSQL"}
                                                                << 1 << "Database will not be Restored. [no]";
     }

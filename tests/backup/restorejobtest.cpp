@@ -2,13 +2,13 @@
 #include "core/modbase.h"
 #include "screens/backup/restorecandidates.h"
 #include "screens/backup/restorejob.h"
+#include "support/rawarchive.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
 #include "restoretestsupport.h"
 
 #include <QtTest>
 #include <sys/stat.h>
-#include <zip.h>
 
 using namespace corvane;
 using namespace corvane::backup;
@@ -27,17 +27,6 @@ QString rowText(const RestoreJob::Row& row, const QString& base)
         + dir.relativeFilePath(row.item.destination);
 }
 
-// Lets the test act when the job reports a row.
-class HookProgress : public NullProgress {
-public:
-    std::function<void(const QString&)> onText;
-    void setText(const QString& text) override
-    {
-        if (onText)
-            onText(text);
-    }
-};
-
 } // namespace
 
 // The restore job on real folders and archives, without a database server:
@@ -45,12 +34,12 @@ public:
 class RestoreJobTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> area_;
+    std::unique_ptr<RestoreArea> area_;
     std::shared_ptr<HookedPrompter> prompter_;
     NullProgress progress_;
     QString mysql_, app_, tmp_, archive_;
 
-    QString at(const QString& relative) const { return area_->filePath(relative); }
+    QString at(const QString& relative) const { return area_->at(relative); }
 
     RestoreJob::Choice zipChoice() const
     {
@@ -81,21 +70,14 @@ private slots:
 
     void init()
     {
-        area_ = std::make_unique<QTemporaryDir>();
-        mysql_ = at("mysql-data");
-        app_ = at("app");
-        tmp_ = at("tmp");
-        QDir().mkpath(mysql_ + "/mysql");
-        writeFile(mysql_ + "/fbt/a.MYD", "old a");
+        area_ = std::make_unique<RestoreArea>();
+        mysql_ = area_->mysql;
+        app_ = area_->app;
+        tmp_ = area_->tmp;
+        archive_ = area_->archive;
         writeFile(mysql_ + "/fbt/old.MYI", "old index");
-        writeFile(app_ + "/FBT", "program");
         writeFile(app_ + "/Confg.ini", "[Settings]\nmark=old\n");
         writeFile(app_ + "/Data/BillNew.doc", "old bill");
-        QDir().mkpath(tmp_);
-        writeBackupTree(at("FBT05-Mar-26"));
-        archive_ = at("FBT05-Mar-26.ZIP");
-        packArchive(at("FBT05-Mar-26"), archive_);
-        QDir(at("FBT05-Mar-26")).removeRecursively();
 
         resetModbase();
         modbase().AppPath = app_;
@@ -111,7 +93,7 @@ private slots:
         QVERIFY(job.proceed(zipChoice()));
         QStringList rows;
         for (const auto& row : job.rows())
-            rows << rowText(row, area_->path());
+            rows << rowText(row, area_->dir->path());
         rows.sort();
         const QString root = "tmp/FBT05-Mar-26/FBT05-Mar-26";
         QCOMPARE(rows, (QStringList{"DB " + root + "/SQLDATA/fbt > mysql-data/fbt",
@@ -144,35 +126,6 @@ private slots:
         QVERIFY(!QFileInfo::exists(extraction()));
         QVERIFY(job.completed());
         QVERIFY(!job.aborted());
-    }
-
-    void keepingFoldersCountUpThenReuseTheEleventh()
-    {
-        const QString source = at("backups/FBT");
-        QStringList folders;
-        for (int run = 1; run <= 12; ++run) {
-            writeFile(source + "/run.txt", QByteArray::number(run));
-            if (run == 12) {
-                // What the eleventh kept is read-only: it is made writable and replaced.
-                QVERIFY(::chmod(QFile::encodeName(app_ + "/" + kKept + "11/SQLDATA/FBT/run.txt").constData(), 0444) == 0);
-                QVERIFY(::chmod(QFile::encodeName(app_ + "/" + kKept + "11/SQLDATA/FBT").constData(), 0555) == 0);
-            }
-            RestoreJob job(nullptr, *prompter_, progress_);
-            prompter_->then(Prompter::Answer::Yes); // no data folder: go on with the databases
-            QVERIFY(job.proceed(manualChoice(source, QString())));
-            QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-            folders << QFileInfo(job.keepingFolder()).fileName();
-            // Each keeps what the run before it restored.
-            const QByteArray before = run == 1 ? QByteArray() : QByteArray::number(run - 1);
-            QCOMPARE(readFile(job.keepingFolder() + "/SQLDATA/FBT/run.txt"), before);
-            QCOMPARE(readFile(mysql_ + "/FBT/run.txt"), QByteArray::number(run));
-        }
-        QStringList expected;
-        for (int n = 1; n <= 11; ++n)
-            expected << kKept + QString::number(n);
-        expected << kKept + "11";
-        QCOMPARE(folders, expected);
-        QVERIFY(!QFileInfo::exists(app_ + "/" + kKept + "12"));
     }
 
     void keepingFolderName_data()
@@ -291,7 +244,7 @@ private slots:
                                          data.isEmpty() ? QString() : at(data))));
         QStringList listed;
         for (const auto& row : job.rows())
-            listed << rowText(row, area_->path());
+            listed << rowText(row, area_->dir->path());
         listed.sort();
         QCOMPARE(listed, rows);
         // The one empty folder was asked about, nothing else.
@@ -350,17 +303,33 @@ private slots:
         QCOMPARE(readFile(app_ + "/Data/BillNew.doc"), QByteArray("old bill"));
     }
 
-    void eleventhKeepingFolderInTheWayIsReplaced()
+    // Past ten keeping folders the eleventh is used again, whatever is in the way there.
+    void theEleventhKeepingFolderIsReplaced_data()
     {
+        QTest::addColumn<bool>("asFile");
+        QTest::newRow("a read-only folder of read-only files") << false;
+        QTest::newRow("a read-only file") << true;
+    }
+    void theEleventhKeepingFolderIsReplaced()
+    {
+        QFETCH(bool, asFile);
         for (int n = 1; n <= 10; ++n)
             QDir().mkpath(app_ + "/" + kKept + QString::number(n));
-        writeFile(app_ + "/" + kKept + "11", "a file in the way");
-        QVERIFY(::chmod(QFile::encodeName(app_ + "/" + kKept + "11").constData(), 0444) == 0);
+        const QString eleventh = app_ + "/" + kKept + "11";
+        if (asFile) {
+            writeFile(eleventh, "a file in the way");
+            QVERIFY(::chmod(QFile::encodeName(eleventh).constData(), 0444) == 0);
+        } else {
+            writeFile(eleventh + "/SQLDATA/fbt/a.MYD", "kept before");
+            QVERIFY(::chmod(QFile::encodeName(eleventh + "/SQLDATA/fbt/a.MYD").constData(), 0444) == 0);
+            QVERIFY(::chmod(QFile::encodeName(eleventh + "/SQLDATA/fbt").constData(), 0555) == 0);
+        }
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(job.proceed(zipChoice()));
         QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-        QCOMPARE(job.keepingFolder(), app_ + "/" + kKept + "11");
-        QCOMPARE(readFile(job.keepingFolder() + "/SQLDATA/fbt/a.MYD"), QByteArray("old a"));
+        QCOMPARE(job.keepingFolder(), eleventh);
+        QCOMPARE(readFile(eleventh + "/SQLDATA/fbt/a.MYD"), QByteArray("old a"));
+        QVERIFY(!QFileInfo::exists(app_ + "/" + kKept + "12"));
     }
 
     void failingStep_data()
@@ -524,22 +493,10 @@ private slots:
         QFETCH(QByteArray, name);
         QFETCH(quint32, mode);
         // A real backup with one entry that would land outside the extraction folder.
-        QFile::remove(archive_);
-        int code = 0;
-        zip_t* za = zip_open(QFile::encodeName(archive_).constData(), ZIP_CREATE, &code);
-        QVERIFY(za);
-        const QList<QPair<QByteArray, QByteArray>> entries{{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"},
-                                                           {"FBT05-Mar-26/Tables/t", "rows"},
-                                                           {name, mode ? QByteArray("../../app") : QByteArray("evil")}};
-        for (const auto& [entry, data] : entries) {
-            zip_source_t* src = zip_source_buffer(za, data.constData(), zip_uint64_t(data.size()), 0);
-            const zip_int64_t index = zip_file_add(za, entry.constData(), src, ZIP_FL_ENC_RAW);
-            QVERIFY(index >= 0);
-            if (entry == name && mode)
-                zip_file_set_external_attributes(za, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, mode << 16);
-        }
-        QCOMPARE(zip_close(za), 0);
-        const QStringList before = treeOf(area_->path());
+        writeRawArchive(archive_, {{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"},
+                                   {"FBT05-Mar-26/Tables/t", "rows"},
+                                   {name, mode ? QByteArray("../../app") : QByteArray("evil"), mode}});
+        const QStringList before = treeOf(area_->dir->path());
 
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(!job.proceed(zipChoice()));
@@ -548,7 +505,7 @@ private slots:
         // Only the log line about the refused entry is new.
         QStringList expected = before + QStringList{"app/FBTLogger.log"};
         expected.sort();
-        QCOMPARE(treeOf(area_->path()), expected);
+        QCOMPARE(treeOf(area_->dir->path()), expected);
         QVERIFY(!QFileInfo::exists("/tmp/corvane-restore-hostile"));
         QVERIFY(readFile(app_ + "/Confg.ini").contains("mark=old"));
         QVERIFY(test::logContexts().contains("ORVZipLib\tUNZIPME"));

@@ -4,6 +4,7 @@
 #include "db/schema.h"
 #include "screens/backup/backupjob.h"
 #include "screens/backup/restorejob.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 #include "restoretestsupport.h"
@@ -18,31 +19,12 @@ namespace {
 
 const QDate kToday(2026, 3, 5);
 
-class HookProgress : public NullProgress {
-public:
-    std::function<void(const QString&)> onText;
-    void setText(const QString& text) override
-    {
-        if (onText)
-            onText(text);
-    }
-};
-
 QStringList clientRows(Connection& c)
 {
     QStringList rows;
     for (const auto& row : c.query("Select Code_No, Name from FBT_Info order by Code_No").rows)
         rows << row.value(0).toString() + "|" + row.value(1).toString();
     return rows;
-}
-
-// The file of a table in a database folder, whatever case the server gave it.
-QString tableFile(const QString& folder, const QString& file)
-{
-    for (const QString& f : QDir(folder).entryList(QDir::Files))
-        if (f.compare(file, Qt::CaseInsensitive) == 0)
-            return folder + "/" + f;
-    return QString();
 }
 
 } // namespace
@@ -114,8 +96,7 @@ private slots:
         modbase().AppPath = app_.path();
         modbase().CnnObj = target_;
         modbase().vTmpPath = work_.path() + "/";
-        prompter_ = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = prompter_;
+        prompter_ = installPrompter();
     }
 
     void abortWhileStoppedStartsTheServerAgain()
@@ -166,7 +147,7 @@ private slots:
         QCOMPARE(clientRows(*target_), clientRows(*source_->connection()));
         QCOMPARE(clientRows(*target_).size(), 3);
         // What was there before is kept.
-        const QString kept = tableFile(job.keepingFolder() + "/SQLDATA/" + source_->name(), "FBT_Info.MYD");
+        const QString kept = fileNamedAnyCase(job.keepingFolder() + "/SQLDATA/" + source_->name(), "FBT_Info.MYD");
         QVERIFY(!kept.isEmpty());
         QVERIFY(readFile(kept).contains("LOCAL ONLY"));
         QVERIFY(QFileInfo(app_.filePath("Tables")).isDir());

@@ -5,54 +5,37 @@
 #include "core/objectregistry.h"
 #include "core/progress.h"
 #include "core/prompter.h"
+#include "support/files.h"
+#include "support/prompts.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QtTest>
 #include <functional>
+#include <memory>
 
 namespace corvane::test {
 
-// A scripted prompter that lets the test act while a question is open
-// (the user fixing the cause before answering Retry).
-class HookedPrompter : public ScriptedPrompter {
+// Lets the test act when a job reports a step.
+class HookProgress : public NullProgress {
 public:
-    using ScriptedPrompter::ask;
-    std::function<void(const Question&)> onAsk;
-    Answer ask(const Question& question) override
+    std::function<void(const QString&)> onText;
+    void setText(const QString& text) override
     {
-        if (onAsk)
-            onAsk(question);
-        return ScriptedPrompter::ask(question);
+        if (onText)
+            onText(text);
     }
 };
 
-inline void writeFile(const QString& path, const QByteArray& data)
+// The file of a folder named so in any case (the server may keep table names in lower case); "" when none.
+inline QString fileNamedAnyCase(const QString& folder, const QString& name)
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(f.write(data), data.size());
-}
-
-inline QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-// Every path under a folder, relative and sorted.
-inline QStringList treeOf(const QString& folder)
-{
-    QStringList out;
-    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        out << QDir(folder).relativeFilePath(it.next());
-    out.sort();
-    return out;
+    for (const QString& f : QDir(folder).entryList(QDir::Files))
+        if (f.compare(name, Qt::CaseInsensitive) == 0)
+            return folder + QLatin1Char('/') + f;
+    return QString();
 }
 
 // A backup tree as the backup job lays it out: a database, the table
@@ -73,5 +56,30 @@ inline void packArchive(const QString& folder, const QString& archive)
     auto zip = CreateObject<ZipLib>(kZipLibClass);
     QCOMPARE(zip->ZipMyFolder("ZIPME", logFilePath(), archive, folder, &progress), 0L);
 }
+
+// A folder that looks like a MySQL directory ("mysql-data", its database fbt
+// holding "old a"), an application folder with the program, a "tmp" folder and
+// a backup of writeBackupTree packed as <name>.ZIP beside them.
+struct RestoreArea {
+    explicit RestoreArea(const QString& name = QStringLiteral("FBT05-Mar-26"))
+        : dir(std::make_unique<QTemporaryDir>())
+        , mysql(at("mysql-data"))
+        , app(at("app"))
+        , tmp(at("tmp"))
+        , archive(at(name + ".ZIP"))
+    {
+        QDir().mkpath(mysql + "/mysql");
+        QDir().mkpath(tmp);
+        writeFile(mysql + "/fbt/a.MYD", "old a");
+        writeFile(app + "/FBT", "program");
+        writeBackupTree(at(name));
+        packArchive(at(name), archive);
+        QDir(at(name)).removeRecursively();
+    }
+    QString at(const QString& relative) const { return dir->filePath(relative); }
+
+    std::unique_ptr<QTemporaryDir> dir;
+    QString mysql, app, tmp, archive;
+};
 
 } // namespace corvane::test

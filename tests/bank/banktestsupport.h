@@ -7,6 +7,7 @@
 #include "db/connection.h"
 #include "db/sqltext.h"
 #include "support/formdriver.h"
+#include "support/prompts.h"
 
 #include <QApplication>
 #include <QStringList>
@@ -14,14 +15,6 @@
 #include <memory>
 
 namespace corvane::test {
-
-// A scripted prompter installed in the context; the test keeps a handle to it.
-inline std::shared_ptr<ScriptedPrompter> installScriptedPrompter()
-{
-    auto prompter = std::make_shared<ScriptedPrompter>();
-    modbase().prompter = prompter;
-    return prompter;
-}
 
 // Stands in for ORVMiscInf.ClsMain: answers every Get… call with a scripted
 // array and records what it was given.

@@ -1,7 +1,8 @@
+#include "support/clirunner.h"
+#include "support/files.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include "support/clirunner.h"
 #include <QTemporaryDir>
 
 using namespace corvane;
@@ -23,9 +24,7 @@ class LookupCommandTest : public QObject {
     QString write(const QString& name, const QByteArray& bytes)
     {
         const QString path = files.filePath(name);
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write(bytes);
+        writeFile(path, bytes);
         return path;
     }
 

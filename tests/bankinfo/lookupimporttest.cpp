@@ -7,6 +7,7 @@
 #include "support/testmain.h"
 
 #include <QBuffer>
+#include <QRegularExpression>
 #include <functional>
 #include <utility>
 #include <QTemporaryDir>
@@ -278,23 +279,31 @@ private slots:
         return state.join(QStringLiteral(", "));
     }
 
-    void manyBatches_data()
+    void batches_data()
     {
         QTest::addColumn<int>("present");
         QTest::addColumn<int>("fileRows");
         QTest::addColumn<bool>("replace");
+        QTest::addColumn<int>("batch");
         QTest::addColumn<int>("expected");
         // The file's rows overlap the list's from the 10th on.
-        QTest::newRow("into an empty list") << 0 << 2500 << false << 2500;
-        QTest::newRow("over a large list") << 2000 << 2500 << false << 2510;
-        QTest::newRow("a few rows over a large list") << 2000 << 30 << false << 2000;
-        QTest::newRow("replacing a large list") << 2000 << 2500 << true << 2500;
+        for (bool replace : {false, true}) {
+            const char* how = replace ? "replacing" : "adding";
+            QTest::newRow(qPrintable(QStringLiteral("%1, less than a batch").arg(how))) << 2 << 1 << replace << 2 << (replace ? 1 : 3);
+            QTest::newRow(qPrintable(QStringLiteral("%1, one full batch").arg(how))) << 2 << 2 << replace << 2 << (replace ? 2 : 4);
+            QTest::newRow(qPrintable(QStringLiteral("%1, one more than a batch").arg(how))) << 2 << 3 << replace << 2 << (replace ? 3 : 5);
+        }
+        QTest::newRow("into an empty list") << 0 << 2500 << false << 100 << 2500;
+        QTest::newRow("over a large list") << 2000 << 2500 << false << 100 << 2510;
+        QTest::newRow("a few rows over a large list") << 2000 << 30 << false << 100 << 2000;
+        QTest::newRow("replacing a large list") << 2000 << 2500 << true << 100 << 2500;
     }
-    void manyBatches()
+    void batches()
     {
         QFETCH(int, present);
         QFETCH(int, fileRows);
         QFETCH(bool, replace);
+        QFETCH(int, batch);
         QFETCH(int, expected);
         auto file = [](int from, int count, const QString& branch) {
             QByteArray bytes = kBankHeader;
@@ -304,17 +313,22 @@ private slots:
         };
         (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
         if (present)
-            load(Kind::Banks, file(0, present, QStringLiteral("OLD")));
-        // WHEN a file is imported in batches of 100
-        const ImportResult r = load(Kind::Banks, file(10, fileRows, QStringLiteral("NEW")), ImportOptions{replace, 100});
-        // THEN every row is there once, the file's rows with their new names, the name index finds them, nothing is left locked
+            load(Kind::Banks, file(present > 10 ? 0 : 100, present, QStringLiteral("OLD")));
+        // WHEN a file is imported in batches
+        StatementRecorder recorder;
+        const ImportResult r = load(Kind::Banks, file(10, fileRows, QStringLiteral("NEW")), ImportOptions{replace, batch});
+        recorder.stop();
+        // THEN every row is there once, in one statement per batch, beside the old rows or in their place;
+        // the file's rows have their new names, the name index finds them, nothing is left locked or behind
         QCOMPARE(r.loaded, fileRows);
+        QCOMPARE(recorder.writes().filter(QRegularExpression(QStringLiteral("^insert"))).size(), (fileRows + batch - 1) / batch);
         QCOMPARE(rows(QStringLiteral("select count(*), count(distinct IFSC), sum(Branch like 'NEW %') from MiscInf_Branch")),
                  QStringList{QStringLiteral("%1|%1|%2").arg(expected).arg(fileRows)});
         QCOMPARE(indexState(), QStringLiteral("ByName on"));
-        QCOMPARE(rows(QStringLiteral("select IFSC from MiscInf_Branch force index (ByName) where Bank = 'BANK 3' and Branch = 'NEW 17'")),
-                 QStringList{"ABCD0000017"});
+        QCOMPARE(rows(QStringLiteral("select IFSC from MiscInf_Branch force index (ByName) where Bank = 'BANK 3' and Branch = 'NEW 10'")),
+                 QStringList{"ABCD0000010"});
         QCOMPARE(rows(QStringLiteral("check table MiscInf_Branch")).last().section(QLatin1Char('|'), -1), QStringLiteral("OK"));
+        QCOMPARE(rows(QStringLiteral("show tables like 'miscinf\\_branch\\_\\_%'")), QStringList());
     }
 
     void anInterruptedImportLeavesAUsableList()
@@ -359,39 +373,6 @@ private slots:
         // WHEN a replacing import has a good row THEN the list holds only the file's rows
         r = load(Kind::Ao, kAoHeader + "CHENNAI,CHE,C,1,1,\n", ImportOptions{true, 1000});
         QCOMPARE(rows(QStringLiteral("select City, AoNo from MiscInf_AO")), QStringList{"CHENNAI|1"});
-    }
-
-    void everyBatchIsWritten_data()
-    {
-        QTest::addColumn<bool>("replace");
-        QTest::addColumn<int>("lines");
-        for (bool replace : {false, true}) {
-            const char* how = replace ? "replacing" : "adding";
-            QTest::newRow(qPrintable(QStringLiteral("%1, less than a batch").arg(how))) << replace << 1;
-            QTest::newRow(qPrintable(QStringLiteral("%1, one full batch").arg(how))) << replace << 2;
-            QTest::newRow(qPrintable(QStringLiteral("%1, one more than a batch").arg(how))) << replace << 3;
-            QTest::newRow(qPrintable(QStringLiteral("%1, several batches").arg(how))) << replace << 6;
-        }
-    }
-    void everyBatchIsWritten()
-    {
-        QFETCH(bool, replace);
-        QFETCH(int, lines);
-        // GIVEN a list of two rows and a file of other rows, written two to a statement
-        load(Kind::Ao, kAoHeader + "MUMBAI,MUM,W,11,3,\nMUMBAI,MUM,W,11,4,\n");
-        QByteArray bytes = kAoHeader;
-        for (int i = 1; i <= lines; ++i)
-            bytes += QStringLiteral("CHENNAI,CHE,C,1,%1,\n").arg(100 + i).toLatin1();
-        // WHEN it is imported
-        StatementRecorder recorder;
-        const ImportResult r = load(Kind::Ao, bytes, ImportOptions{replace, 2});
-        recorder.stop();
-        // THEN every row is in, in one statement per batch, beside the old rows or in their place
-        QCOMPARE(r.loaded, lines);
-        QCOMPARE(recorder.writes().filter(QStringLiteral("insert")).size(), (lines + 1) / 2);
-        QCOMPARE(db->count(QStringLiteral("MiscInf_AO"), QStringLiteral("City='CHENNAI'")), lines);
-        QCOMPARE(db->count(QStringLiteral("MiscInf_AO")), lines + (replace ? 0 : 2));
-        QCOMPARE(rows(QStringLiteral("show tables like 'miscinf\\_ao\\_\\_%'")), QStringList());
     }
 
     void aHundredThousandRows()

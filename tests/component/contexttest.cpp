@@ -84,8 +84,6 @@ private slots:
                                << "21/11/2026 09:05:07\t13\tTestSource\tType mismatch\tMODBASE\tMULTISPCJS1";
         QTest::newRow("negative") << -2147217900L << "Syntax error"
                                   << "21/11/2026 09:05:07\t-2147217900\tTestSource\tSyntax error\tMODBASE\tMULTISPCJS1";
-        QTest::newRow("line break kept on one line") << 1064L << "near 'x'\nat line 1"
-                                                     << "21/11/2026 09:05:07\t1064\tTestSource\tnear 'x' at line 1\tMODBASE\tMULTISPCJS1";
     }
 
     void logLineHasFiveTabSeparatedItems()

@@ -1,4 +1,5 @@
 #include "core/appfolder.h"
+#include "support/files.h"
 #include "support/testmain.h"
 
 #include <QDir>
@@ -8,6 +9,7 @@
 #include <QTest>
 
 using namespace corvane;
+using namespace corvane::test;
 
 class AppFolderTest : public QObject {
     Q_OBJECT
@@ -60,30 +62,20 @@ private slots:
     {
         // GIVEN an installed program folder with its Data files, and a fresh home
         QTemporaryDir program, home;
-        QDir().mkpath(program.path() + "/Data/sub");
-        QFile fbt(program.path() + "/FBT");
-        QVERIFY(fbt.open(QIODevice::WriteOnly));
-        fbt.close();
-        for (const QString& name : {QStringLiteral("/Data/StateCodes.txt"), QStringLiteral("/Data/sub/x.txt")}) {
-            QFile f(program.path() + name);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("Goa\n");
-        }
+        writeFile(program.path() + "/FBT", "");
+        for (const QString& name : {QStringLiteral("/Data/StateCodes.txt"), QStringLiteral("/Data/sub/x.txt")})
+            writeFile(program.path() + name, "Goa\n");
         const QString folder = home.path() + "/.local/share/orv-softworks/FBT";
         // WHEN it is prepared twice, the user having changed a data file in between
         QCOMPARE(preparePerUserFolder(folder, program.path()), QString());
-        QFile kept(folder + "/Data/StateCodes.txt");
-        QVERIFY(kept.open(QIODevice::WriteOnly));
-        kept.write("Goa, Kerala\n");
-        kept.close();
+        writeFile(folder + "/Data/StateCodes.txt", "Goa, Kerala\n");
         QCOMPARE(preparePerUserFolder(folder, program.path()), QString());
         // THEN it holds the link to the program and the data files, with the user's change kept
         const QFileInfo link(folder + "/FBT");
         QVERIFY(link.isSymLink());
         QCOMPARE(link.symLinkTarget(), QFileInfo(program.path() + "/FBT").absoluteFilePath());
         QVERIFY(QFileInfo::exists(folder + "/Data/sub/x.txt"));
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), QByteArray("Goa, Kerala\n"));
+        QCOMPARE(readFile(folder + "/Data/StateCodes.txt"), QByteArray("Goa, Kerala\n"));
     }
 
     void linkFollowsAMovedInstallation()
@@ -103,9 +95,7 @@ private slots:
     {
         // GIVEN a per-user folder under a plain file
         QTemporaryDir home;
-        QFile blocker(home.path() + "/file");
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        writeFile(home.path() + "/file", "");
         // WHEN it is prepared, THEN the message names the folder
         const QString failed = preparePerUserFolder(home.path() + "/file/FBT", home.path());
         QVERIFY2(failed.contains(home.path() + "/file/FBT"), qPrintable(failed));

@@ -2,6 +2,7 @@
 #include "core/inifile.h"
 #include "core/modbase.h"
 #include "core/settings.h"
+#include "support/files.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
 
@@ -9,24 +10,7 @@
 #include <QTemporaryDir>
 
 using namespace corvane;
-
-namespace {
-
-void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
-QByteArray readBytes(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-} // namespace
+using namespace corvane::test;
 
 class SettingsTest : public QObject {
     Q_OBJECT
@@ -133,7 +117,7 @@ private slots:
         QFETCH(QString, key);
         QFETCH(QString, value);
         const QString file = dir_->path() + QStringLiteral("/read.ini");
-        writeBytes(file, contents);
+        writeFile(file, contents);
         QCOMPARE(GetSettingINI(section, key, QStringLiteral("<default>"), file), value);
         QVERIFY(test::logLines().isEmpty());
     }
@@ -201,9 +185,9 @@ private slots:
         QFETCH(QByteArray, after);
         const QString file = dir_->path() + QStringLiteral("/edit.ini");
         if (!before.isNull())
-            writeBytes(file, before);
+            writeFile(file, before);
         QVERIFY(SaveSettingINI(section, key, value, file));
-        QCOMPARE(readBytes(file), after);
+        QCOMPARE(readFile(file), after);
         QCOMPARE(GetSettingINI(section, key, QStringLiteral("<default>"), file), value);
         QVERIFY(test::logLines().isEmpty());
     }
@@ -212,9 +196,9 @@ private slots:
     {
         const QString file = dir_->path() + QStringLiteral("/big.ini");
         const QByteArray big = "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=1\n";
-        writeBytes(file, big);
+        writeFile(file, big);
         QVERIFY(SaveSettingINI(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("2"), file));
-        QCOMPARE(readBytes(file), "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=2\n");
+        QCOMPARE(readFile(file), "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=2\n");
     }
 
     void refusedWrites_data()
@@ -240,16 +224,16 @@ private slots:
         QFETCH(QString, key);
         QFETCH(QString, value);
         const QString file = dir_->path() + QStringLiteral("/refused.ini");
-        writeBytes(file, before);
+        writeFile(file, before);
         QVERIFY(!SaveSettingINI(section, key, value, file));
-        QCOMPARE(readBytes(file), before);
+        QCOMPARE(readFile(file), before);
         QCOMPARE(test::logContexts(), QStringList{QStringLiteral("CLSMAIN\tSAVESETTININI")});
     }
 
     void unwritablePlaceIsLogged()
     {
         // A file where the folder should be.
-        writeBytes(dir_->path() + QStringLiteral("/blocker"), "x");
+        writeFile(dir_->path() + QStringLiteral("/blocker"), "x");
         QVERIFY(!SaveSettingINI(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("v"),
                                 dir_->path() + QStringLiteral("/blocker/sub.ini")));
         const QStringList lines = test::logLines();

@@ -154,16 +154,6 @@ private slots:
         QCOMPARE(db_->count(QStringLiteral("plain")), 1);
     }
 
-    void codesAreQuoted()
-    {
-        seedClient(**db_, QStringLiteral("O'NEIL\\"), 300);
-        DeleteClient(db_->connection().get(), QStringLiteral("O'NEIL\\"));
-        QCOMPARE(rowsOf(QStringLiteral("O'NEIL\\")), 0);
-        QCOMPARE(rowsOf(QStringLiteral("C001")), 10);
-        QCOMPARE(orphanDetails(), 0);
-        QVERIFY(test::logLines().isEmpty());
-    }
-
     void changeCode_data()
     {
         QTest::addColumn<QString>("stored");

@@ -4,6 +4,7 @@
 #include "host/clientdialog.h"
 #include "host/clientservice.h"
 #include "host/mainwindow.h"
+#include "support/files.h"
 #include "support/testmain.h"
 
 #include <QFile>
@@ -184,11 +185,7 @@ private slots:
         // GIVEN a state file in the application folder
         HostFixture f(QStringLiteral("cm_states"));
         QVERIFY(f.start());
-        QDir().mkpath(f.db.appPath() + "/Data");
-        QFile file(f.db.appPath() + "/Data/StateCodes.txt");
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("Andhra Pradesh, Assam\r\n\"Gujarat\"\r\n");
-        file.close();
+        writeFile(f.db.appPath() + "/Data/StateCodes.txt", "Andhra Pradesh, Assam\r\n\"Gujarat\"\r\n");
         ClientService service(f.cls);
         // WHEN the client master opens
         ClientDialog dialog(f.cls, service, QString());

@@ -28,8 +28,6 @@ private slots:
     {
         QTest::addColumn<QSize>("size");
         QTest::newRow("1024x768") << QSize(1024, 768);
-        QTest::newRow("1280x800") << QSize(1280, 800);
-        QTest::newRow("1366x768") << QSize(1366, 768);
         QTest::newRow("1920x1080") << QSize(1920, 1080);
     }
 

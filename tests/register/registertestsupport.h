@@ -5,18 +5,12 @@
 #include "db/connection.h"
 #include "db/sqltext.h"
 #include "screens/register/filingsave.h"
+#include "support/prompts.h"
 
 #include <QStringList>
 #include <memory>
 
 namespace corvane::test {
-
-inline std::shared_ptr<ScriptedPrompter> installPrompter()
-{
-    auto p = std::make_shared<ScriptedPrompter>();
-    modbase().prompter = p;
-    return p;
-}
 
 // A client of FBT_Info with code, name, PAN and status (null when status is empty).
 inline void insertClient(Connection& c, const QString& code, const QString& name, const QString& pan = QString(),

@@ -6,6 +6,7 @@
 #include "screens/bank/bankaccounts.h"
 #include "screens/bank/bankregister.h"
 #include "support/clirunner.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -154,8 +155,7 @@ private slots:
         c.execute(QStringLiteral("INSERT INTO Bank_Master VALUES (1, 'OLD', '', '')"));
         modbase().Code = QStringLiteral("A001");
         modbase().TYear = 2008;
-        auto answers = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = answers;
+        auto answers = installPrompter();
         ResumeNext guard(QStringLiteral("TEST"), QStringLiteral("SAVE"));
         const QString stored = QStringLiteral("binary ") + sqlQuote(value);
 

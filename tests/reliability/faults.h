@@ -1,11 +1,12 @@
 #pragma once
 
+#include "support/clirunner.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -146,43 +147,14 @@ private:
     bool mounted_ = false;
 };
 
-struct Run {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-// Starts the built corvane command; `env` adds variables to its environment.
-inline void startCli(QProcess& process, const QStringList& args, const QMap<QString, QString>& env = {})
-{
-    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-    for (auto it = env.begin(); it != env.end(); ++it)
-        e.insert(it.key(), it.value());
-    process.setProcessEnvironment(e);
-    process.setProgram(qEnvironmentVariable("CORVANE_CLI"));
-    process.setArguments(args);
-    process.start();
-    process.closeWriteChannel();
-}
-
-inline Run finish(QProcess& process)
-{
-    Run r;
-    if (!process.waitForFinished(600000))
-        return r;
-    r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    r.out = QString::fromUtf8(process.readAllStandardOutput());
-    r.err = QString::fromUtf8(process.readAllStandardError());
-    return r;
-}
-
-inline Run cli(const QStringList& args, const QMap<QString, QString>& env = {}, FullDisk* full = nullptr)
+// The built corvane command, with the disk full when one is given.
+inline CliResult cli(const QStringList& args, const QMap<QString, QString>& env = {}, FullDisk* full = nullptr)
 {
     QProcess process;
     if (full)
         full->prepare(process);
     startCli(process, args, env);
-    return finish(process);
+    return finishCli(process);
 }
 
 inline QByteArray contents(const QString& path)

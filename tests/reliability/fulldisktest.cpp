@@ -6,6 +6,8 @@
 #include "screens/backup/restorejob.h"
 #include "db/sqltext.h"
 #include "support/clirunner.h"
+#include "support/files.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -46,13 +48,9 @@ private slots:
         // GIVEN a settings file on a full disk (the application and the system folder both there)
         const QString path = disk_->path() + QLatin1Char('/') + file;
         const QByteArray old("[MySql]\nServer=db1.example\nUser=fbt\nPassword=secret\n[Paths]\nBackup=/old\n");
-        {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(old);
-        }
+        writeFile(path, old);
         // WHEN a setting is written
-        const Run r = cli(QStringList{"--app-path", disk_->path(), "ini", "set"} + setting,
+        const CliResult r = cli(QStringList{"--app-path", disk_->path(), "ini", "set"} + setting,
                           {{"CORVANE_SYSTEM_DIR", disk_->path()}}, disk_.get());
         // THEN the command fails naming the file and the reason, and the file is as it was
         QCOMPARE(r.status, 1);
@@ -84,13 +82,9 @@ private slots:
         QFETCH(int, mode);
         QTemporaryDir system;
         const QString path = system.filePath(QStringLiteral("ORVCONFIG.INI"));
-        {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("[MySql]\nDatabase=fbt\n");
-        }
+        writeFile(path, "[MySql]\nDatabase=fbt\n");
         QVERIFY(::chmod(QFile::encodeName(path).constData(), 0644) == 0);
-        const Run r = cli({"ini", "set", "MySql", key, value}, {{"CORVANE_SYSTEM_DIR", system.path()}});
+        const CliResult r = cli({"ini", "set", "MySql", key, value}, {{"CORVANE_SYSTEM_DIR", system.path()}});
         QCOMPARE(r.status, 0);
         struct stat st{};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
@@ -104,13 +98,9 @@ private slots:
         db->execute(QStringLiteral("INSERT INTO FBT_Info (Code_No, Name) VALUES ('A001', 'ANAND TEXTILE MILLS PVT LTD')"));
         const QString path = disk_->path() + QStringLiteral("/clients.csv");
         const QByteArray old("Code,Name\r\nA000,AN OLDER LIST OF CLIENTS\r\n");
-        {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(old);
-        }
+        writeFile(path, old);
         // WHEN it is exported again THEN the command fails naming the file and why, and the old list is whole
-        const Run r = cli(databaseArgs(db) + QStringList{"--app-path", db.appPath(), "clients", "--output", path}, {}, disk_.get());
+        const CliResult r = cli(databaseArgs(db) + QStringList{"--app-path", db.appPath(), "clients", "--output", path}, {}, disk_.get());
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(path) && r.err.contains(disk_->reason()), qPrintable(r.err));
         QCOMPARE(contents(path), old);
@@ -132,7 +122,7 @@ private slots:
                 f.write(QStringLiteral("BANK %1,ABCD0%2,BRANCH %1\n").arg(i).arg(i, 6, 10, QLatin1Char('0')).toLatin1());
         }
         // WHEN it is imported THEN the command refuses at once, naming the folder, and starts no server
-        const Run r = cli({"--app-path", disk_->path(), "lookup", "import", "banks", list, "--replace"},
+        const CliResult r = cli({"--app-path", disk_->path(), "lookup", "import", "banks", list, "--replace"},
                           {{"CORVANE_SYSTEM_DIR", files.path()}}, disk_.get());
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(QStringLiteral("Not enough free space")) && r.err.contains(disk_->path() + QStringLiteral("/MySQL/data")),
@@ -188,25 +178,18 @@ private slots:
         // GIVEN a MySQL directory and an application folder on a full disk, and backed-up folders elsewhere
         const QString mysql = disk_->path() + QStringLiteral("/mysql-data");
         const QString app = disk_->path() + QStringLiteral("/app");
-        QVERIFY(QDir().mkpath(mysql + QStringLiteral("/mysql")) && QDir().mkpath(mysql + QStringLiteral("/fbt")));
-        QVERIFY(QDir().mkpath(app));
+        QVERIFY(QDir().mkpath(mysql + QStringLiteral("/mysql")));
         const QByteArray old("old table");
-        for (const QString& file : {mysql + QStringLiteral("/fbt/a.MYD"), app + QStringLiteral("/FBT")}) {
-            QFile f(file);
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == old.size());
-        }
+        writeFile(mysql + QStringLiteral("/fbt/a.MYD"), old);
+        writeFile(app + QStringLiteral("/FBT"), old);
         QTemporaryDir backup;
-        QVERIFY(QDir().mkpath(backup.filePath(QStringLiteral("FBT"))) && QDir().mkpath(backup.filePath(QStringLiteral("data/Data"))));
-        {
-            QFile f(backup.filePath(QStringLiteral("FBT/a.MYD")));
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(QByteArray(512 * 1024, 'n')) == 512 * 1024);
-        }
+        QVERIFY(QDir().mkpath(backup.filePath(QStringLiteral("data/Data"))));
+        writeFile(backup.filePath(QStringLiteral("FBT/a.MYD")), QByteArray(512 * 1024, 'n'));
         disk_->fill();
         resetModbase();
         modbase().AppPath = app;
         modbase().vTmpPath = backup.path() + QLatin1Char('/');
-        auto answers = std::make_shared<ScriptedPrompter>();
-        modbase().prompter = answers;
+        auto answers = installPrompter();
         NullProgress progress;
         // WHEN they are restored
         RestoreJob job(nullptr, *answers, progress);
@@ -234,7 +217,7 @@ private slots:
         const QString path = system.filePath(QStringLiteral("ORVCONFIG.INI"));
         QVERIFY(QDir().mkdir(path));
         // WHEN a command needs the database
-        const Run r = cli({"--app-path", app.path(), "sql", "select 1"}, {{"CORVANE_SYSTEM_DIR", system.path()}});
+        const CliResult r = cli({"--app-path", app.path(), "sql", "select 1"}, {{"CORVANE_SYSTEM_DIR", system.path()}});
         // THEN it says that the file cannot be read, and no private server was made instead
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(QStringLiteral("Cannot read ") + path), qPrintable(r.err));

@@ -1,6 +1,7 @@
 #include "core/failure.h"
 #include "core/safefile.h"
 #include "faults.h"
+#include "support/files.h"
 #include "support/testmain.h"
 
 #include <QFileInfo>
@@ -17,13 +18,6 @@ int modeOf(const QString& path)
 {
     struct stat st{};
     return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
-}
-
-void writeFile(const QString& path, const QByteArray& data)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    QCOMPARE(f.write(data), data.size());
 }
 
 } // namespace

@@ -55,20 +55,20 @@ private slots:
         for (int i = 0; i < 4; ++i)
             startCli(processes[size_t(i)], QStringList{"--app-path", app.path()} + commands.at(i).split(QLatin1Char('|')));
         for (int i = 0; i < 4; ++i) {
-            const Run r = finish(processes[size_t(i)]);
+            const CliResult r = finishCli(processes[size_t(i)]);
             QVERIFY2(r.status == 0, qPrintable(commands.at(i) + QStringLiteral(": ") + r.err));
         }
 
         // THEN one server runs on the folder, with a complete system schema
         QCOMPARE(server.serverPids().size(), 1);
-        const Run tables = cli({"--app-path", app.path(), "--database", "mysql", "sql",
+        const CliResult tables = cli({"--app-path", app.path(), "--database", "mysql", "sql",
                                 "select count(*) as n from information_schema.tables where table_schema='mysql'"});
         QCOMPARE(tables.status, 0);
         QCOMPARE(tables.out, QStringLiteral("n\n%1\n").arg(referenceSystemTables()));
         QVERIFY(QDir(app.filePath(QStringLiteral("MySQL"))).entryList({QStringLiteral("data.new-*")}, QDir::Dirs).isEmpty());
 
         // AND server stop leaves none
-        const Run stop = cli({"--app-path", app.path(), "server", "stop"});
+        const CliResult stop = cli({"--app-path", app.path(), "server", "stop"});
         QCOMPARE(stop.status, 0);
         QCOMPARE(server.serverPids().size(), 0);
         QVERIFY(!server.answers());

@@ -2,6 +2,7 @@
 #include "db/privateserver.h"
 #include "db/sqltext.h"
 #include "faults.h"
+#include "support/files.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
@@ -62,14 +63,14 @@ private slots:
         }
 
         // WHEN the next command uses that table
-        const Run r = cli({"--app-path", app.path(), "client", "rename", "C002", "C003"});
+        const CliResult r = cli({"--app-path", app.path(), "client", "rename", "C002", "C003"});
 
         // THEN it says what the server repaired, logs it, and the rows are there
         QCOMPARE(r.status, 0);
         QVERIFY2(r.err.contains(QStringLiteral("database server reports: Table './fbt/bill_main' is marked as crashed")), qPrintable(r.err));
         const QByteArray log = contents(app.filePath(QStringLiteral("FBTLogger.log")));
         QVERIFY2(log.contains("bill_main") && log.contains("STARTSERVER"), log.constData());
-        const Run rows = cli({"--app-path", app.path(), "sql", "select code_no from bill_main order by billid"});
+        const CliResult rows = cli({"--app-path", app.path(), "sql", "select code_no from bill_main order by billid"});
         QCOMPARE(rows.out, QStringLiteral("code_no\nC003\nC001\n"));
     }
 
@@ -89,9 +90,9 @@ private slots:
         const QString app = base.filePath(name);
         QVERIFY(QDir().mkpath(app));
         const StopAtEnd stopAtEnd{app};
-        const Run start = cli({"--app-path", app, "server", "start"});
+        const CliResult start = cli({"--app-path", app, "server", "start"});
         QVERIFY2(start.status == 0, qPrintable(start.err));
-        const Run r = cli({"--app-path", app, "--database", "mysql", "sql", "select 41+1 as n"});
+        const CliResult r = cli({"--app-path", app, "--database", "mysql", "sql", "select 41+1 as n"});
         QVERIFY2(r.status == 0, qPrintable(r.err));
         QCOMPARE(r.out, QStringLiteral("n\n42\n"));
         QCOMPARE(cli({"--app-path", app, "server", "stop"}).status, 0);
@@ -107,17 +108,13 @@ private slots:
         if (!mountTmpfs(app, QStringLiteral("size=1m")))
             QSKIP("this machine does not allow mounting: no read-only folder to try (root writes anywhere)");
         QVERIFY(QDir().mkpath(app + QStringLiteral("/MySQL/data/mysql")));
-        {
-            QFile old(app + QStringLiteral("/MySQL/mysqld.err"));
-            QVERIFY(old.open(QIODevice::WriteOnly));
-            old.write("2020-01-01  0 [Note] mariadbd: Shutdown complete\n");
-        }
+        writeFile(app + QStringLiteral("/MySQL/mysqld.err"), "2020-01-01  0 [Note] mariadbd: Shutdown complete\n");
         const bool readOnly = remountReadOnly(app);
         if (!readOnly)
             unmount(app);
         QVERIFY(readOnly);
         // WHEN its server is started THEN the message names the folder and why, not the old log
-        const Run r = cli({"--app-path", app, "server", "start"});
+        const CliResult r = cli({"--app-path", app, "server", "start"});
         unmount(app);
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(app + QStringLiteral("/MySQL")) && r.err.contains(QStringLiteral("Read-only file system")),

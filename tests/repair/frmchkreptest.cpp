@@ -5,6 +5,7 @@
 #include "core/prompter.h"
 #include "screens/repair/frmchkrep.h"
 #include "support/formdriver.h"
+#include "support/prompts.h"
 #include "support/testdatabase.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
@@ -16,26 +17,12 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTimer>
-#include <functional>
 
 using namespace corvane;
 using namespace corvane::test;
 using Damage = TableFiles::Damage;
 
 namespace {
-
-// Answers as scripted and lets the test look at the screen at the moment of each question.
-class WatchingPrompter : public ScriptedPrompter {
-public:
-    using Prompter::ask;
-    Answer ask(const Question& question) override
-    {
-        if (watch)
-            watch(question);
-        return ScriptedPrompter::ask(question);
-    }
-    std::function<void(const Question&)> watch;
-};
 
 QStringList items(QListWidget* list)
 {
@@ -70,14 +57,12 @@ class FrmChkRepTest : public QObject {
     DamageBench bench;
     std::unique_ptr<TestDatabase>& db = bench.db;
     std::unique_ptr<TableFiles>& files = bench.files;
-    std::shared_ptr<WatchingPrompter> prompts;
+    std::shared_ptr<HookedPrompter> prompts;
 
     // The screen shown, with its check on showing done.
     std::unique_ptr<frmchkrep> open()
     {
-        auto form = std::make_unique<frmchkrep>();
-        form->show();
-        QApplication::setActiveWindow(form.get());
+        auto form = openActive<frmchkrep>();
         QCoreApplication::sendPostedEvents(form.get(), QEvent::MetaCall);
         return form;
     }
@@ -89,8 +74,7 @@ private slots:
     {
         files->dropAll();
         db->startAfresh({});
-        prompts = std::make_shared<WatchingPrompter>();
-        modbase().prompter = prompts;
+        prompts = installPrompter<HookedPrompter>();
     }
 
     void allOkSaysNoErrorAndNothingToRepair()
@@ -99,7 +83,7 @@ private slots:
         for (const char* t : {"bank", "client", "year"})
             files->create(QString::fromLatin1(t), 20);
         QStringList seen;
-        prompts->watch = [&](const Prompter::Question& q) {
+        prompts->onAsk = [&](const Prompter::Question& q) {
             QWidget* form = QApplication::activeWindow();
             seen << q.text + QStringLiteral(" / ") + buttons(*form) + QStringLiteral(" / ")
                     + child<QLabel>(*form, "Label1")->text()
@@ -108,7 +92,6 @@ private slots:
         // WHEN the screen is shown
         auto form = open();
         // THEN it lists the tables, checked them all with both buttons off, found nothing and says so
-        QCOMPARE(form->windowTitle(), QStringLiteral("Check and Repair Data ..."));
         QCOMPARE(items(child<QListWidget>(*form, "List1")), (QStringList{"bank", "client", "year"}));
         QCOMPARE(seen, QStringList{"No Error. / repair off, cancel off / Checking Table ... (year) / 3 of 3"});
         QCOMPARE(rows(child<QTableWidget>(*form, "vsf")), QStringList());
@@ -162,7 +145,7 @@ private slots:
         QCOMPARE(prompts->texts(), QStringList());
         // WHEN Repair is clicked; the screen is looked at while it asks
         QStringList seen;
-        prompts->watch = [&](const Prompter::Question&) { seen << buttons(*form); };
+        prompts->onAsk = [&](const Prompter::Question&) { seen << buttons(*form); };
         QTest::mouseClick(child<QPushButton>(*form, "cmdrepair"), Qt::LeftButton);
         // THEN the advice comes first, then how the second check ended (its "No Error." while it still runs)
         QCOMPARE(prompts->texts(), messages);
@@ -185,7 +168,7 @@ private slots:
         // GIVEN the screen in the middle of its check (at its closing message)
         files->create(QStringLiteral("one"), 1);
         QStringList seen;
-        prompts->watch = [&](const Prompter::Question&) {
+        prompts->onAsk = [&](const Prompter::Question&) {
             QWidget* form = QApplication::activeWindow();
             // WHEN Escape is pressed and the window is closed
             QTest::keyClick(form, Qt::Key_Escape);
@@ -196,7 +179,7 @@ private slots:
         auto form = open();
         QCOMPARE(seen, QStringList{"still shown"});
         // and once the check has ended Escape closes it
-        prompts->watch = nullptr;
+        prompts->onAsk = nullptr;
         QTest::keyClick(form.get(), Qt::Key_Escape);
         QVERIFY(!form->isVisible());
     }
@@ -224,7 +207,7 @@ private slots:
         QWidget host;
         host.show();
         QString seen;
-        prompts->watch = [&](const Prompter::Question& q) {
+        prompts->onAsk = [&](const Prompter::Question& q) {
             QWidget* modal = QApplication::activeModalWidget();
             seen = modal ? modal->objectName() + (modal->parentWidget() == &host ? " over the host" : " alone") : "none";
             // the user closes the screen once the check is done

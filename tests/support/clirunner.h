@@ -16,10 +16,10 @@ struct CliResult {
     QString err;
 };
 
-// Runs the built corvane command. `env` adds variables; a null value removes one.
-inline CliResult runCli(const QStringList& args, const QMap<QString, QString>& env = {}, const QByteArray& input = QByteArray())
+// Starts the built corvane command. `env` adds variables; a null value removes one.
+inline void startCli(QProcess& process, const QStringList& args, const QMap<QString, QString>& env = {},
+                     const QByteArray& input = QByteArray())
 {
-    QProcess process;
     QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
     for (auto it = env.begin(); it != env.end(); ++it) {
         if (it.value().isNull())
@@ -33,13 +33,24 @@ inline CliResult runCli(const QStringList& args, const QMap<QString, QString>& e
     process.start();
     process.write(input);
     process.closeWriteChannel();
+}
+
+inline CliResult finishCli(QProcess& process)
+{
     CliResult r;
-    if (!process.waitForFinished(180000))
+    if (!process.waitForFinished(600000))
         return r;
     r.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     r.out = QString::fromUtf8(process.readAllStandardOutput());
     r.err = QString::fromUtf8(process.readAllStandardError());
     return r;
+}
+
+inline CliResult runCli(const QStringList& args, const QMap<QString, QString>& env = {}, const QByteArray& input = QByteArray())
+{
+    QProcess process;
+    startCli(process, args, env, input);
+    return finishCli(process);
 }
 
 // The global options that point the command at a test database.

@@ -3,12 +3,13 @@
 #include "component/components.h"
 #include "core/modbase.h"
 #include "core/progress.h"
+#include "support/files.h"
+#include "support/rawarchive.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
@@ -16,62 +17,13 @@
 #include <QtTest>
 
 #include <sys/stat.h>
-#include <zip.h>
 
 using namespace corvane;
+using namespace corvane::test;
 using corvane::test::logContexts;
 using corvane::test::logLines;
 
 namespace {
-
-struct Entry {
-    QByteArray name;
-    QByteArray data;
-    zip_uint32_t mode = 0; // unix mode with its type bits; 0 = none recorded
-};
-
-// An archive written with libzip directly, with names exactly as given.
-void writeRawArchive(const QString& path, const QList<Entry>& entries)
-{
-    int code = 0;
-    zip_t* za = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
-    QVERIFY(za);
-    for (const Entry& e : entries) {
-        zip_source_t* src = zip_source_buffer(za, e.data.constData(), zip_uint64_t(e.data.size()), 0);
-        const zip_int64_t index = zip_file_add(za, e.name.constData(), src, ZIP_FL_ENC_RAW);
-        QVERIFY(index >= 0);
-        zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_STORE, 0);
-        if (e.mode)
-            zip_file_set_external_attributes(za, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, e.mode << 16);
-    }
-    QCOMPARE(zip_close(za), 0);
-}
-
-void writeFile(const QString& path, const QByteArray& data)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    QCOMPARE(f.write(data), data.size());
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-// Every path under a folder, relative, sorted.
-QStringList treeOf(const QString& folder)
-{
-    QStringList out;
-    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        out << QDir(folder).relativeFilePath(it.next());
-    out.sort();
-    return out;
-}
 
 class RecordingProgress : public Progress {
 public:
@@ -84,7 +36,7 @@ public:
 
 } // namespace
 
-Q_DECLARE_METATYPE(Entry)
+Q_DECLARE_METATYPE(corvane::test::RawEntry)
 
 class ZipComponentTest : public QObject {
     Q_OBJECT
@@ -187,21 +139,21 @@ private slots:
 
     void hostileArchiveWritesNothingOutside_data()
     {
-        QTest::addColumn<QList<Entry>>("entries");
-        QTest::newRow("dot-dot") << QList<Entry>{{"../x", "evil"}};
-        QTest::newRow("dot-dot deep") << QList<Entry>{{"ok/../../x", "evil"}};
-        QTest::newRow("absolute") << QList<Entry>{{"/tmp/corvane-zip-absolute-x", "evil"}};
-        QTest::newRow("backslash route") << QList<Entry>{{"a\\..\\..\\x", "evil"}};
-        QTest::newRow("drive letter") << QList<Entry>{{"C:\\x", "evil"}};
+        QTest::addColumn<QList<RawEntry>>("entries");
+        QTest::newRow("dot-dot") << QList<RawEntry>{{"../x", "evil"}};
+        QTest::newRow("dot-dot deep") << QList<RawEntry>{{"ok/../../x", "evil"}};
+        QTest::newRow("absolute") << QList<RawEntry>{{"/tmp/corvane-zip-absolute-x", "evil"}};
+        QTest::newRow("backslash route") << QList<RawEntry>{{"a\\..\\..\\x", "evil"}};
+        QTest::newRow("drive letter") << QList<RawEntry>{{"C:\\x", "evil"}};
         QTest::newRow("symbolic link then a file through it")
-            << QList<Entry>{{"link", "..", S_IFLNK | 0777}, {"link/x", "evil"}};
-        QTest::newRow("link to an absolute target") << QList<Entry>{{"abs", "/tmp", S_IFLNK | 0777}};
-        QTest::newRow("device file") << QList<Entry>{{"dev", "", S_IFCHR | 0644}};
-        QTest::newRow("good entries before a bad one") << QList<Entry>{{"good", "fine"}, {"../x", "evil"}};
+            << QList<RawEntry>{{"link", "..", S_IFLNK | 0777}, {"link/x", "evil"}};
+        QTest::newRow("link to an absolute target") << QList<RawEntry>{{"abs", "/tmp", S_IFLNK | 0777}};
+        QTest::newRow("device file") << QList<RawEntry>{{"dev", "", S_IFCHR | 0644}};
+        QTest::newRow("good entries before a bad one") << QList<RawEntry>{{"good", "fine"}, {"../x", "evil"}};
     }
     void hostileArchiveWritesNothingOutside()
     {
-        QFETCH(QList<Entry>, entries);
+        QFETCH(QList<RawEntry>, entries);
         QTemporaryDir area;
         const QString archive = area.filePath("hostile.zip");
         writeRawArchive(archive, entries);
