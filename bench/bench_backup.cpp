@@ -91,7 +91,7 @@ int main(int argc, char** argv)
         std::unique_ptr<PhaseProgress> progress;
         QString archive;
         const auto [oursSeconds, toolsSeconds] = bench::alternate(
-            bench::repetitions(),
+            bench::largeRepetitions(),
             [&] {
                 progress = std::make_unique<PhaseProgress>();
                 archive = bench::backUp(*connection, ours, *progress);
