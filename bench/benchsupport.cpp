@@ -21,6 +21,9 @@ namespace {
 
 const QString kSource = QStringLiteral("bench");
 
+// The rounds of the last alternation, for the result line; 0 when none ran.
+int lastRounds = 0;
+
 double vmHwmMb(const QString& statusFile)
 {
     QFile status(statusFile);
@@ -68,6 +71,7 @@ std::pair<double, double> alternateMeasured(int repetitions, const std::function
         b.push_back(anchor());
         note(QStringLiteral("  round %1: ours %2 s, anchor %3 s").arg(i + 1).arg(a.back(), 0, 'f', 3).arg(b.back(), 0, 'f', 3));
     }
+    lastRounds = repetitions;
     return {median(a), median(b)};
 }
 
@@ -103,6 +107,11 @@ int repetitions()
     return ok && n > 0 ? n : 3;
 }
 
+int largeRepetitions()
+{
+    return quick() || qEnvironmentVariableIsSet("CORVANE_BENCH_REPETITIONS") ? repetitions() : 2;
+}
+
 void note(const QString& text)
 {
     QTextStream(stderr) << text << Qt::endl;
@@ -125,7 +134,9 @@ void report(const QString& name, const QString& work, double oursSeconds, double
     QTextStream tsv(&file);
     tsv << name << '\t' << work << '\t' << QString::number(oursSeconds, 'f', 4) << '\t'
         << (anchorSeconds >= 0 ? QString::number(anchorSeconds, 'f', 4) : QStringLiteral("-")) << '\t'
-        << QString::number(peakMb, 'f', 1) << '\t' << goal << '\n';
+        << QString::number(peakMb, 'f', 1) << '\t' << goal << '\t'
+        << (lastRounds > 0 ? QString::number(lastRounds) : QStringLiteral("-")) << '\n';
+    lastRounds = 0;
 }
 
 QString workFolder()

@@ -51,8 +51,12 @@ double peakMemoryMbOf(qint64 pid);
 bool quick();
 // How many times each side runs ($CORVANE_BENCH_REPETITIONS, else 3).
 int repetitions();
+// The rounds of the backup row: 2 in a full run, where one round of ours and
+// the anchor over the 1 GB database takes minutes; else repetitions().
+int largeRepetitions();
 
-// One result for bench/run (tab-separated in $CORVANE_BENCH_RESULTS) and a line for a reader.
+// One result for bench/run (tab-separated in $CORVANE_BENCH_RESULTS, with the
+// rounds of the last alternation) and a line for a reader.
 // anchorSeconds < 0: no anchor (a memory goal only). The goal reads "ratio <= 1.5" or "peak <= 200 MB".
 void report(const QString& name, const QString& work, double oursSeconds, double anchorSeconds, double peakMb,
             const QString& goal);

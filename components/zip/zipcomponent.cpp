@@ -24,11 +24,11 @@ void registerZipComponent()
 }
 
 long ZipComponent::ZipMyFolder(const QString& ProcName, const QString&, const QString& ZipFile, const QString& Folder,
-                               Progress* progress, std::function<bool()> Cancelled)
+                               Progress* progress, std::function<bool()> Cancelled, zip::DeflateAhead* Ahead)
 {
     NullProgress none;
     Progress& shown = progress ? *progress : none;
-    return guarded(ProcName, [&] { zip::packFolder(Folder, ZipFile, shown, Cancelled); });
+    return guarded(ProcName, [&] { zip::packFolder(Folder, ZipFile, shown, Cancelled, Ahead); });
 }
 
 long ZipComponent::UnZipMyFolder(const QString& ProcName, const QString&, const QString& ZipFile, const QString& Folder)

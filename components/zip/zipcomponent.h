@@ -8,7 +8,8 @@ namespace corvane {
 class ZipComponent : public ZipLib {
 public:
     long ZipMyFolder(const QString& ProcName, const QString& LogFile, const QString& ZipFile, const QString& Folder,
-                     Progress* progress, std::function<bool()> Cancelled = nullptr) override;
+                     Progress* progress, std::function<bool()> Cancelled = nullptr,
+                     zip::DeflateAhead* Ahead = nullptr) override;
     long UnZipMyFolder(const QString& ProcName, const QString& LogFile, const QString& ZipFile,
                        const QString& Folder) override;
 };

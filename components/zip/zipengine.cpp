@@ -1,5 +1,7 @@
 #include "components/zip/zipengine.h"
 
+#include "components/zip/deflateahead.h"
+
 #include "components/zip/ziperrors.h"
 #include "core/failure.h"
 #include "core/progress.h"
@@ -44,18 +46,13 @@ void syncPath(const QString& path, bool directory)
         throw errnoFailure(saved, path);
 }
 
-// Reads every entry through: libzip checks each entry's CRC at its end.
-void verifyArchive(const QString& path, zip_int64_t expectedEntries)
+// Reads the entries that `next` hands out through to their end, where
+// libzip checks each one's CRC.
+void readEntries(const QString& path, std::atomic<zip_int64_t>& next, zip_int64_t count)
 {
     zip_t* za = openToRead(path);
-    const zip_int64_t count = zip_get_num_entries(za, 0);
-    if (count != expectedEntries) {
-        zip_discard(za);
-        throw Failure(kPathFileAccessError, kZipSource,
-                      QStringLiteral("%1: %2 entries written, %3 read back").arg(path).arg(expectedEntries).arg(count));
-    }
     QByteArray buffer(1 << 16, Qt::Uninitialized);
-    for (zip_int64_t i = 0; i < count; ++i) {
+    for (zip_int64_t i = 0; (i = next++) < count;) {
         zip_file_t* file = zip_fopen_index(za, zip_uint64_t(i), 0);
         if (!file) {
             const Failure failure = archiveFailure(za, path);
@@ -75,6 +72,35 @@ void verifyArchive(const QString& path, zip_int64_t expectedEntries)
         zip_fclose(file);
     }
     zip_discard(za);
+}
+
+// Reads every entry back on every core.
+void verifyArchive(const QString& path, zip_int64_t expectedEntries)
+{
+    zip_t* za = openToRead(path);
+    const zip_int64_t count = zip_get_num_entries(za, 0);
+    zip_discard(za);
+    if (count != expectedEntries)
+        throw Failure(kPathFileAccessError, kZipSource,
+                      QStringLiteral("%1: %2 entries written, %3 read back").arg(path).arg(expectedEntries).arg(count));
+    const int cores = std::clamp(int(std::thread::hardware_concurrency()), 1, 8);
+    std::atomic<zip_int64_t> next{0};
+    auto failures = std::vector<std::exception_ptr>(size_t(cores));
+    std::vector<std::thread> threads;
+    for (int k = 0; k < cores; ++k)
+        threads.emplace_back([&, k] {
+            try {
+                readEntries(path, next, count);
+            } catch (...) {
+                failures[size_t(k)] = std::current_exception();
+                next = count;
+            }
+        });
+    for (auto& t : threads)
+        t.join();
+    for (const auto& failure : failures)
+        if (failure)
+            std::rethrow_exception(failure);
 }
 
 // What goes into the archive: every file and folder under the packed folder.
@@ -143,145 +169,141 @@ void closeOrDiscard(zip_t* za, const QString& path)
     }
 }
 
-struct Shared {
-    std::atomic<bool> cancel{false};
+// The source of an entry deflated ahead: libzip copies its data as it is.
+struct RawState {
+    DeflateAhead::Deflated data;
+    time_t mtime = 0;
+    qint64 position = 0;
+    zip_error_t error{};
 };
 
-struct Part {
-    QString path;
-    QList<int> items;          // indexes into the item list
-    qint64 bytes = 0;
-    std::atomic<int> permille{0};
-    std::exception_ptr failure;
-};
-
-void onPartProgress(zip_t*, double fraction, void* part)
+zip_int64_t rawSource(void* state, void* data, zip_uint64_t length, zip_source_cmd_t command)
 {
-    static_cast<Part*>(part)->permille = int(fraction * 1000.0);
-}
-
-int onPartCancel(zip_t*, void* shared)
-{
-    return static_cast<Shared*>(shared)->cancel ? 1 : 0;
-}
-
-// One part of the files, compressed into an archive of its own.
-void writePart(Part& part, const QList<Item>& items, Shared& shared)
-{
-    try {
-        zip_t* za = openNew(part.path);
-        try {
-            for (int i : part.items) {
-                const Item& item = items.at(i);
-                zip_source_t* source = zip_source_file(za, QFile::encodeName(item.path).constData(), 0, -1);
-                if (!source)
-                    throw archiveFailure(za, item.path);
-                const zip_int64_t index = zip_file_add(za, item.name.constData(), source, ZIP_FL_ENC_UTF_8);
-                if (index < 0) {
-                    zip_source_free(source);
-                    throw archiveFailure(za, item.path);
-                }
-                if (zip_set_file_compression(za, zip_uint64_t(index), ZIP_CM_DEFLATE, 6) < 0)
-                    throw archiveFailure(za, item.path);
+    auto* s = static_cast<RawState*>(state);
+    switch (command) {
+    case ZIP_SOURCE_OPEN:
+        s->position = 0;
+        return 0;
+    case ZIP_SOURCE_READ: {
+        const zip_uint64_t wanted = std::min<zip_uint64_t>(length, zip_uint64_t(s->data.compressedSize - s->position));
+        zip_uint64_t got = 0;
+        while (got < wanted) {
+            const ssize_t n = ::pread(s->data.fd, static_cast<char*>(data) + got, wanted - got,
+                                      off_t(s->data.offset + s->position + qint64(got)));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0) {
+                zip_error_set(&s->error, ZIP_ER_READ, n < 0 ? errno : EIO);
+                return -1;
             }
-            zip_register_progress_callback_with_state(za, 0.001, onPartProgress, nullptr, &part);
-            zip_register_cancel_callback_with_state(za, onPartCancel, nullptr, &shared);
-        } catch (...) {
-            zip_discard(za);
-            throw;
+            got += zip_uint64_t(n);
         }
-        closeOrDiscard(za, part.path);
-    } catch (...) {
-        part.failure = std::current_exception();
-        shared.cancel = true;
+        s->position += qint64(got);
+        return zip_int64_t(got);
+    }
+    case ZIP_SOURCE_CLOSE:
+        return 0;
+    case ZIP_SOURCE_STAT: {
+        auto* st = static_cast<zip_stat_t*>(data);
+        zip_stat_init(st);
+        st->valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC | ZIP_STAT_MTIME;
+        st->size = zip_uint64_t(s->data.size);
+        st->comp_size = zip_uint64_t(s->data.compressedSize);
+        st->comp_method = ZIP_CM_DEFLATE;
+        st->crc = s->data.crc;
+        st->mtime = s->mtime;
+        return sizeof(*st);
+    }
+    case ZIP_SOURCE_ERROR:
+        return zip_error_to_data(&s->error, data, length);
+    case ZIP_SOURCE_FREE:
+        zip_error_fini(&s->error);
+        delete s;
+        return 0;
+    case ZIP_SOURCE_SUPPORTS:
+        return ZIP_SOURCE_SUPPORTS_READABLE;
+    default:
+        zip_error_set(&s->error, ZIP_ER_OPNOTSUPP, 0);
+        return -1;
     }
 }
 
-// Compresses the files in parts on every core, then gathers the compressed
-// entries into `temp` in the folder's order without compressing them again.
-zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress& progress,
-                         const std::function<bool()>& cancelled)
+struct CloseState {
+    Progress* progress;
+    const std::function<bool()>* cancelled;
+};
+
+void onCloseProgress(zip_t*, double fraction, void* state)
 {
-    const int cores = std::clamp(int(std::thread::hardware_concurrency()), 1, 8);
-    std::vector<std::unique_ptr<Part>> parts;
-    for (int i = 0; i < cores; ++i) {
-        parts.push_back(std::make_unique<Part>());
-        parts.back()->path = temp + QStringLiteral(".%1").arg(i);
-    }
-    // Largest files first, each to the part with the fewest bytes so far.
-    QList<int> files;
-    for (int i = 0; i < items.size(); ++i)
-        if (!items.at(i).isDir)
-            files << i;
-    std::sort(files.begin(), files.end(), [&](int a, int b) { return items.at(a).size > items.at(b).size; });
-    for (int i : files) {
-        Part* lightest = std::min_element(parts.begin(), parts.end(), [](const auto& a, const auto& b) {
-                             return a->bytes < b->bytes;
-                         })->get();
-        lightest->items << i;
-        lightest->bytes += items.at(i).size + 1;
-    }
-    std::erase_if(parts, [](const auto& p) { return p->items.isEmpty(); });
+    static_cast<CloseState*>(state)->progress->setValue(900 + int(fraction * 50.0));
+}
 
-    struct Cleanup {
-        std::vector<std::unique_ptr<Part>>& parts;
-        ~Cleanup()
-        {
-            for (const auto& p : parts)
-                QFile::remove(p->path);
-        }
-    } cleanup{parts};
+int onCloseCancel(zip_t*, void* state)
+{
+    const auto* cancelled = static_cast<CloseState*>(state)->cancelled;
+    return *cancelled && (*cancelled)() ? 1 : 0;
+}
 
-    Shared shared;
-    qint64 total = 0;
-    for (const auto& p : parts)
-        total += p->bytes;
-    std::vector<std::thread> threads;
-    for (auto& p : parts)
-        threads.emplace_back(writePart, std::ref(*p), std::cref(items), std::ref(shared));
-    // The caller's thread reports progress and asks about cancelling while the parts are written.
+// Waits for the workers, showing their progress up to 900 of 1000; a cancel stops them.
+void waitFor(const std::vector<DeflateAhead*>& workers, Progress& progress, const std::function<bool()>& cancelled,
+             int& shown)
+{
     for (;;) {
-        bool done = true;
-        qint64 weighted = 0;
-        for (const auto& p : parts) {
-            weighted += p->bytes * p->permille / 1000;
-            done = done && (p->permille >= 1000 || p->failure);
+        bool idle = true;
+        qint64 queued = 0;
+        qint64 done = 0;
+        for (DeflateAhead* w : workers) {
+            idle = w->waitIdle(idle ? 20 : 0) && idle;
+            queued += w->queuedBytes();
+            done += w->doneBytes();
         }
-        progress.setValue(total > 0 ? int(weighted * 950 / total) : 0);
-        if (cancelled && cancelled())
-            shared.cancel = true;
-        if (done || shared.cancel)
-            break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        shown = std::max(shown, queued > 0 ? int(std::min(done, queued) * 900 / queued) : 900);
+        progress.setValue(shown);
+        if (cancelled && cancelled()) {
+            for (DeflateAhead* w : workers)
+                w->cancel();
+            throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("cancelled"));
+        }
+        if (idle)
+            return;
     }
-    for (auto& t : threads)
-        t.join();
-    for (const auto& p : parts)
-        if (p->failure)
-            std::rethrow_exception(p->failure);
-    if (shared.cancel)
-        throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("%1: cancelled").arg(temp));
+}
 
-    // Gather: entries copied in their compressed form.
-    std::vector<zip_t*> opened;
-    struct Closer {
-        std::vector<zip_t*>& opened;
-        ~Closer()
-        {
-            for (zip_t* z : opened)
-                zip_discard(z);
-        }
-    } closer{opened};
-    QHash<int, QPair<zip_t*, zip_uint64_t>> where;
-    for (const auto& p : parts) {
-        int code = 0;
-        zip_t* z = zip_open(QFile::encodeName(p->path).constData(), ZIP_RDONLY, &code);
-        if (!z)
-            throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("%1: cannot be read back").arg(p->path));
-        opened.push_back(z);
-        for (int k = 0; k < p->items.size(); ++k)
-            where.insert(p->items.at(k), {z, zip_uint64_t(k)});
+// Deflates on every core whatever was not deflated ahead, then writes the
+// entries into `temp` in the folder's order, copying the deflated data as it is.
+zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress& progress,
+                         const std::function<bool()>& cancelled, DeflateAhead* ahead)
+{
+    struct Found {
+        int item;
+        DeflateAhead::Deflated data;
+    };
+    const auto lookUp = [&](const DeflateAhead& from, int i) -> std::optional<DeflateAhead::Deflated> {
+        struct stat st {};
+        if (::lstat(QFile::encodeName(items.at(i).path).constData(), &st) != 0)
+            throw errnoFailure(errno, items.at(i).path);
+        return from.find(st.st_dev, st.st_ino, qint64(st.st_size), st.st_mtim);
+    };
+
+    DeflateAhead own(QFileInfo(temp).absolutePath());
+    std::vector<DeflateAhead*> workers{&own};
+    int shown = 0;
+    if (ahead) {
+        workers.push_back(ahead);
+        waitFor({ahead}, progress, cancelled, shown);
     }
+    QList<int> pending;
+    for (int i = 0; i < items.size(); ++i) {
+        if (items.at(i).isDir || (ahead && lookUp(*ahead, i)))
+            continue;
+        own.add(items.at(i).path);
+        pending << i;
+    }
+    waitFor(workers, progress, cancelled, shown);
+    for (int i : pending)
+        if (const std::exception_ptr failure = own.failure(items.at(i).path))
+            std::rethrow_exception(failure);
+
     zip_t* za = openNew(temp);
     try {
         for (int i = 0; i < items.size(); ++i) {
@@ -290,10 +312,19 @@ zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress
             if (item.isDir) {
                 index = zip_dir_add(za, item.name.constData(), ZIP_FL_ENC_UTF_8);
             } else {
-                const auto [from, at] = where.value(i);
-                zip_source_t* source = zip_source_zip(za, from, at, ZIP_FL_COMPRESSED, 0, -1);
-                if (!source)
+                std::optional<DeflateAhead::Deflated> data = ahead ? lookUp(*ahead, i) : std::nullopt;
+                if (!data)
+                    data = lookUp(own, i);
+                if (!data) // changed while it was deflated
+                    throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("%1: changed while packing").arg(item.path));
+                auto* state = new RawState{*data, item.mtime, 0, {}};
+                zip_error_init(&state->error);
+                zip_source_t* source = zip_source_function(za, rawSource, state);
+                if (!source) {
+                    zip_error_fini(&state->error);
+                    delete state;
                     throw archiveFailure(za, item.path);
+                }
                 index = zip_file_add(za, item.name.constData(), source, ZIP_FL_ENC_UTF_8);
                 if (index < 0)
                     zip_source_free(source);
@@ -306,13 +337,17 @@ zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress
         zip_discard(za);
         throw;
     }
+    CloseState state{&progress, &cancelled};
+    zip_register_progress_callback_with_state(za, 0.01, onCloseProgress, nullptr, &state);
+    zip_register_cancel_callback_with_state(za, onCloseCancel, nullptr, &state);
     const zip_int64_t entries = zip_get_num_entries(za, 0);
     closeOrDiscard(za, temp);
     return entries;
 }
 } // namespace
 
-void packFolder(const QString& folder, const QString& archive, Progress& progress, const std::function<bool()>& cancelled)
+void packFolder(const QString& folder, const QString& archive, Progress& progress, const std::function<bool()>& cancelled,
+                DeflateAhead* ahead)
 {
     const QFileInfo source(folder);
     if (!source.isDir())
@@ -324,7 +359,7 @@ void packFolder(const QString& folder, const QString& archive, Progress& progres
     progress.setValue(0);
     try {
         const zip_int64_t entries = writeArchive(collectItems(source.absoluteFilePath(), source.fileName()), temp,
-                                                 progress, cancelled);
+                                                 progress, cancelled, ahead);
         syncPath(temp, false);
         verifyArchive(temp, entries);
         if (::rename(QFile::encodeName(temp).constData(), QFile::encodeName(archive).constData()) != 0)

@@ -8,6 +8,9 @@
 namespace corvane {
 
 class Progress;
+namespace zip {
+class DeflateAhead;
+}
 
 inline const QString kZipLibClass = QStringLiteral("ORVZipLib.ClsMain");
 
@@ -19,10 +22,11 @@ public:
     // Packs Folder (its name the archive's top folder) into ZipFile. The
     // archive is complete and synced when 0 is returned; otherwise nothing is
     // left under ZipFile's name. Progress gets the bar and the label; Cancelled
-    // is asked now and then and stops the packing when it says yes.
+    // is asked now and then and stops the packing when it says yes. Files that
+    // Ahead deflated while the folder was filled are not deflated again.
     virtual long ZipMyFolder(const QString& ProcName, const QString& LogFile, const QString& ZipFile,
-                             const QString& Folder, Progress* progress,
-                             std::function<bool()> Cancelled = nullptr) = 0;
+                             const QString& Folder, Progress* progress, std::function<bool()> Cancelled = nullptr,
+                             zip::DeflateAhead* Ahead = nullptr) = 0;
 
     // Unpacks ZipFile into Folder (created when missing). An archive with an
     // entry that would land outside Folder is refused as a whole.

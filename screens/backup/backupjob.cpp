@@ -1,5 +1,6 @@
 #include "screens/backup/backupjob.h"
 
+#include "components/zip/deflateahead.h"
 #include "components/zip/ziplib.h"
 #include "core/errorlog.h"
 #include "core/failure.h"
@@ -87,6 +88,20 @@ BackupJob::BackupJob(Connection& connection, Prompter& prompter, Progress& progr
 {
 }
 
+BackupJob::~BackupJob() = default;
+
+void BackupJob::deflateAhead(const QString& path)
+{
+    if (!ahead_) {
+        // Without its scratch files the packing deflates everything itself.
+        auto guard = silentGuard(kForm);
+        guard([&] { ahead_ = std::make_unique<zip::DeflateAhead>(QFileInfo(archivePath_).absolutePath()); });
+        if (!ahead_)
+            return;
+    }
+    ahead_->add(path);
+}
+
 void BackupJob::inform(const QString& text)
 {
     lastMessage_ = text;
@@ -166,6 +181,10 @@ BackupJob::Outcome BackupJob::run(const QString& destination)
     if (started)
         started();
     loadTables();
+    struct Release {
+        std::unique_ptr<zip::DeflateAhead>& ahead;
+        ~Release() { ahead.reset(); }
+    } release{ahead_};
     if (!backUpData())
         return Outcome::Failed;
     return zipMe();
@@ -217,6 +236,8 @@ void BackupJob::step(const std::function<void()>& statement)
 
 void BackupJob::cleanUpAfterCopyFailure()
 {
+    // Its workers read the staging folder that goes now.
+    ahead_.reset();
     if (lock_)
         lock_->release();
     removeFolder(stagingPath_);
@@ -255,7 +276,10 @@ bool BackupJob::backUpData()
             {app + QStringLiteral("/Confg.ini"), QStringLiteral("Confg.ini")}};
         for (const auto& [source, name] : documents)
             if (QFileInfo::exists(source))
-                step([&] { copyFileOver(source, stagingPath_ + QLatin1Char('/') + name); });
+                step([&] {
+                    copyFileOver(source, stagingPath_ + QLatin1Char('/') + name);
+                    deflateAhead(stagingPath_ + QLatin1Char('/') + name);
+                });
 
         exportTables();
         lock.release();
@@ -306,6 +330,7 @@ bool BackupJob::copyDatabases(const QString& dataDirectory)
             }
             try {
                 copyFileOver(source.filePath(file), target + QLatin1Char('/') + file);
+                deflateAhead(target + QLatin1Char('/') + file);
             } catch (const Failure& failure) {
                 ResumeNext guard(kForm, QStringLiteral("BACKUPDATA"));
                 guard([&] { throw failure; });
@@ -354,6 +379,7 @@ void BackupJob::exportOne(const QString& table, int position)
     const QString file = stagingPath_ + QStringLiteral("/Tables/") + table;
     try {
         exportTable(connection_, table, file);
+        deflateAhead(file);
         return;
     } catch (const Failure&) {
         // A table that does not open is repaired once. Repairing writes, so
@@ -367,7 +393,10 @@ void BackupJob::exportOne(const QString& table, int position)
     step([&] { connection_.execute(QStringLiteral("Flush Tables")); });
     if (relock)
         step([&] { lock_->acquire(); });
-    step([&] { exportTable(connection_, table, file); });
+    step([&] {
+        exportTable(connection_, table, file);
+        deflateAhead(file);
+    });
 }
 
 BackupJob::Outcome BackupJob::zipMe()
@@ -382,7 +411,7 @@ BackupJob::Outcome BackupJob::zipMe()
             inform(QStringLiteral("Can't Create Object of ORV Zip Library."));
         else
             result = zip->ZipMyFolder(QStringLiteral("ZIPME"), logFilePath(), archivePath_, stagingPath_, &progress_,
-                                      cancelled);
+                                      cancelled, ahead_.get());
     }
 
     Outcome outcome;

@@ -3,11 +3,15 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <memory>
 
 namespace corvane {
 class Connection;
 class Progress;
 class Prompter;
+namespace zip {
+class DeflateAhead;
+}
 }
 
 namespace corvane::backup {
@@ -34,6 +38,7 @@ public:
     };
 
     BackupJob(Connection& connection, Prompter& prompter, Progress& progress);
+    ~BackupJob();
 
     // The whole backup into `destination`.
     Outcome run(const QString& destination);
@@ -68,6 +73,9 @@ private:
     void exportOne(const QString& table, int position);
     Outcome zipMe();
     void cleanUpAfterCopyFailure();
+    // Hands a file written into the staging folder to the compression that
+    // runs beside the copying and exporting.
+    void deflateAhead(const QString& path);
     // Runs a statement under the BackUpData handler: logs, then the
     // "Multiple"/"step" rule or Abort/Retry/Ignore. Throws Abort.
     void step(const std::function<void()>& statement);
@@ -84,6 +92,7 @@ private:
     bool declined_ = false;
     QString lastMessage_;
     class ReadLock* lock_ = nullptr;
+    std::unique_ptr<zip::DeflateAhead> ahead_;
 };
 
 } // namespace corvane::backup

@@ -2,6 +2,7 @@
 
 #include "core/failure.h"
 #include "db/connection.h"
+#include "db/rowstream.h"
 #include "db/sqltext.h"
 
 #include <QFile>
@@ -31,9 +32,9 @@ public:
         if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate))
             fail();
     }
-    void write(const QString& line)
+    void write(QByteArrayView line)
     {
-        buffer_ += line.toUtf8();
+        buffer_ += line;
         buffer_ += '\n';
         if (buffer_.size() >= (1 << 20))
             flushBuffer();
@@ -65,17 +66,6 @@ private:
     QByteArray buffer_;
 };
 
-// The one column of the primary key, or an empty text when the key has
-// several columns or there is none.
-QString singleKeyColumn(Connection& connection, const QString& table)
-{
-    const auto keys = connection.query(QStringLiteral("SHOW KEYS FROM %1 WHERE Key_name = 'PRIMARY'").arg(sqlName(table)));
-    if (keys.rows.size() != 1)
-        return QString();
-    const int column = keys.columns.indexOf(QStringLiteral("Column_name"));
-    return column < 0 ? QString() : keys.rows.first().at(column).toString();
-}
-
 } // namespace
 
 QString exportExpression(const QString& column, const QString& type)
@@ -96,11 +86,11 @@ QString exportExpression(const QString& column, const QString& type)
         .arg(name);
 }
 
-qint64 exportTable(Connection& connection, const QString& table, const QString& filePath, int chunkRows)
+qint64 exportTable(Connection& connection, const QString& table, const QString& filePath)
 {
     const QString name = sqlName(table);
     // The server turns each row into its line, so the rows cross as text and
-    // the formatting runs beside this process.
+    // the formatting runs beside this process; they are read as they come.
     const auto columns = connection.query(QStringLiteral("SHOW COLUMNS FROM %1").arg(name));
     QStringList names;
     QStringList expressions;
@@ -109,33 +99,16 @@ qint64 exportTable(Connection& connection, const QString& table, const QString& 
         expressions << exportExpression(column.value(0).toString(), column.value(1).toString());
     }
     const QString line = QStringLiteral("CONCAT_WS('\\t', %1)").arg(expressions.join(QStringLiteral(", ")));
-    const QString key = singleKeyColumn(connection, table);
 
     ExportFile out(filePath);
     qint64 written = 0;
     // A table that cannot be read leaves no half-written export behind.
     try {
-        out.write(names.join(QLatin1Char('\t')));
-        QVariant lastKey;
-        for (bool first = true;; first = false) {
-            // Keyset paging along the primary key; without one, plain offsets.
-            QString sql;
-            if (!key.isEmpty()) {
-                sql = QStringLiteral("SELECT %1, %2 FROM %3").arg(line, sqlName(key), name);
-                if (!first)
-                    sql += QStringLiteral(" WHERE %1 > %2").arg(sqlName(key), sqlLiteral(lastKey));
-                sql += QStringLiteral(" ORDER BY %1 LIMIT %2").arg(sqlName(key)).arg(chunkRows);
-            } else {
-                sql = QStringLiteral("SELECT %1 FROM %2 LIMIT %3 OFFSET %4").arg(line, name).arg(chunkRows).arg(written);
-            }
-            const Connection::Result chunk = connection.query(sql);
-            for (const auto& row : chunk.rows)
-                out.write(row.at(0).toString());
-            written += chunk.rows.size();
-            if (chunk.rows.size() < chunkRows)
-                break;
-            if (!key.isEmpty())
-                lastKey = chunk.rows.last().at(1);
+        out.write(names.join(QLatin1Char('\t')).toUtf8());
+        RowStream rows(connection, QStringLiteral("SELECT %1 FROM %2").arg(line, name));
+        while (rows.next()) {
+            out.write(rows.text(0));
+            ++written;
         }
         out.close();
     } catch (...) {

@@ -1,3 +1,4 @@
+#include "components/zip/deflateahead.h"
 #include "components/zip/ziplib.h"
 #include "components/zip/zipengine.h"
 #include "component/components.h"
@@ -266,6 +267,55 @@ private slots:
         registerDefaultComponents();
         QVERIFY(refused);
         QVERIFY(CreateObject<ZipLib>(kZipLibClass));
+    }
+
+    // A file deflated ahead is packed from that data only while it is the
+    // same file as then; otherwise it is deflated again.
+    void filesDeflatedAheadAreTakenOnlyWhenUnchanged_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::newRow("unchanged") << "none";
+        QTest::newRow("rewritten after, same size") << "rewritten";
+        QTest::newRow("replaced by another file") << "replaced";
+        QTest::newRow("missing when queued") << "missing";
+    }
+    void filesDeflatedAheadAreTakenOnlyWhenUnchanged()
+    {
+        QFETCH(QString, change);
+        const QString root = makeTree("ahead-" + change);
+        const QString file = root + "/SQLDATA/fbt/CL_MASTER.MYD";
+        const QByteArray now = QByteArray(200000, 'y') + "new";
+        if (change == "missing")
+            QVERIFY(QFile::remove(file));
+        const QString archive = path("ahead-" + change + ".ZIP");
+        {
+            zip::DeflateAhead ahead(work_.path());
+            ahead.add(file);
+            ahead.add(root + "/Tables/" + QString::fromUtf8("Käse ✓"));
+            QVERIFY(ahead.waitIdle(60000));
+            if (change == "rewritten") {
+                QFile f(file);
+                QVERIFY(f.open(QIODevice::ReadWrite));
+                QCOMPARE(f.write(now), now.size());
+                QVERIFY(f.setFileTime(QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime));
+            } else if (change == "replaced") {
+                QVERIFY(QFile::remove(file));
+                writeFile(file, now);
+            } else if (change == "missing") {
+                writeFile(file, now);
+            }
+            QCOMPARE(zip_->ZipMyFolder("ZIPME", logFilePath(), archive, root, nullptr, nullptr, &ahead), 0L);
+        }
+        const QString out = path("out-ahead-" + change);
+        QCOMPARE(zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, out), 0L);
+        const QString back = out + "/ahead-" + change;
+        QCOMPARE(treeOf(back), treeOf(root));
+        for (const QString& rel : treeOf(root))
+            if (QFileInfo(root + '/' + rel).isFile())
+                QCOMPARE(readFile(back + '/' + rel), readFile(root + '/' + rel));
+        QCOMPARE(readFile(back + "/SQLDATA/fbt/CL_MASTER.MYD"), change == "none" ? QByteArray(200000, 'x') + "end" : now);
+        // The scratch files had no names.
+        QCOMPARE(QDir(work_.path()).entryList({".deflate-*", "*.part"}, QDir::Hidden | QDir::Files), QStringList());
     }
 };
 
