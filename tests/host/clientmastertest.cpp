@@ -225,14 +225,14 @@ private slots:
         QCOMPARE(focus, yes ? QString() : QStringLiteral("txtcode"));
     }
 
-    void deleteAsksThenRemovesEveryRow_data()
+    void deleteAsksThenRemovesTheClient_data()
     {
         QTest::addColumn<QString>("route");
         QTest::newRow("from the menu") << "menu";
         QTest::newRow("from the client master") << "dialog";
     }
 
-    void deleteAsksThenRemovesEveryRow()
+    void deleteAsksThenRemovesTheClient()
     {
         QFETCH(QString, route);
         // GIVEN a client with rows in every table

@@ -84,18 +84,20 @@ private slots:
         QCOMPARE(f.db.count("FBT_Info"), message.isEmpty() ? 7 : 6);
     }
 
-    void update_data()
+    void updateAndRemove_data()
     {
-        QTest::addColumn<QString>("code"); // the new code
+        QTest::addColumn<QString>("code"); // the new code; empty: the client is deleted
         QTest::addColumn<QString>("message");
         QTest::newRow("unchanged: stored again as it was") << "A001" << "";
         QTest::newRow("a new code: every row moves") << "a100" << "";
         QTest::newRow("the code of another client: refused") << "B002" << "The code B002 is already used by BHARAT LOGISTICS.";
+        QTest::newRow("deleted: every row goes") << "" << "";
     }
-    void update()
+    void updateAndRemove()
     {
         QFETCH(QString, code);
         QFETCH(QString, message);
+        // GIVEN A001 with rows in every table
         HostFixture f(QStringLiteral("cs_update"), true, true);
         f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
         QVERIFY(f.start());
@@ -108,29 +110,16 @@ private slots:
         ClientRecord r = *service.load("A001");
         r.code = code;
         StatementRecorder recorder;
-        const ClientOutcome outcome = service.update("A001", r);
+        const ClientOutcome outcome = code.isEmpty() ? service.remove("A001") : service.update("A001", r);
         recorder.stop();
+        // THEN a refusal writes nothing, and every write is flushed
         QCOMPARE(outcome.message, message);
         QCOMPARE(recorder.unflushedWrites(), QStringList());
         QCOMPARE(recorder.writes().isEmpty(), !message.isEmpty());
         const bool moved = message.isEmpty() && code != QLatin1String("A001");
-        QCOMPARE(f.db.scalar(row + QStringLiteral("'%1'").arg(moved ? code.toUpper() : QStringLiteral("A001"))), stored);
+        QCOMPARE(f.db.scalar(row + QStringLiteral("'%1'").arg(moved ? code.toUpper() : QStringLiteral("A001"))), code.isEmpty() ? QString() : stored);
         for (const QString& table : f.clientTables())
-            QCOMPARE(qMakePair(f.rowsOf(table, "A001"), f.rowsOf(table, code)), moved ? qMakePair(0, before[table].first) : before[table]);
-    }
-
-    void removeTakesEveryRow()
-    {
-        HostFixture f(QStringLiteral("cs_remove"), true, true);
-        QVERIFY(f.start());
-        ClientService service(f.cls);
-        StatementRecorder recorder;
-        QVERIFY(service.remove("A001").ok);
-        recorder.stop();
-        QCOMPARE(recorder.unflushedWrites(), QStringList());
-        for (const QString& table : f.clientTables())
-            QCOMPARE(f.rowsOf(table, "A001"), 0);
-        QCOMPARE(f.db.count("FBT_Info"), 5);
+            QCOMPARE(qMakePair(f.rowsOf(table, "A001"), f.rowsOf(table, code)), moved ? qMakePair(0, code.isEmpty() ? 0 : before[table].first) : before[table]);
     }
 };
 
