@@ -187,21 +187,6 @@ private slots:
         QCOMPARE(stored(), leave == QLatin1String("modify") ? QStringList{"1|BANK 1|ADDRESS 1|40024001|SAVINGS|ACC9|N|Y"} : QStringList());
     }
 
-    void updateNeedsABankName()
-    {
-        // GIVEN an account typed without a bank name; WHEN it is updated
-        auto form = open();
-        click(*form, "cmdadd");
-        typeAccount(*form, QStringLiteral("   "));
-        click(*form, "cmdupdate");
-        // THEN it is refused, the focus is on the name, nothing is written and the entry goes on
-        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Please Enter Bank Name.")});
-        QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Information);
-        QCOMPARE(QApplication::focusWidget(), form->txtfields().at(0));
-        QCOMPARE(stored(), QStringList());
-        QVERIFY(form->editing());
-    }
-
     void typingIsUpperCasedAndEnterMovesOn()
     {
         // GIVEN an account being added, the focus in the bank name
@@ -298,6 +283,7 @@ private slots:
         if (entry) {
             click(*form, "cmdadd");
             typeAccount(*form, bank);
+            form->txtfields().at(3)->setFocus();
         }
         if (!messages.isEmpty())
             prompts->then(Prompter::Answer(answer));
@@ -312,6 +298,10 @@ private slots:
             QCOMPARE(prompts->asked().front().defaultAnswer, Prompter::Answer::No);
         else if (!messages.isEmpty())
             QCOMPARE(prompts->asked().front().buttons, Prompter::Buttons::YesNoCancel);
+        if (messages.size() == 2) { // the missing name: the entry goes on there
+            QCOMPARE(prompts->asked().back().icon, Prompter::Icon::Information);
+            QCOMPARE(QApplication::focusWidget(), form->txtfields().at(0));
+        }
         QCOMPARE(form->isVisible(), visible);
         QCOMPARE(form->editing(), editing);
         if (entry && visible)
