@@ -220,15 +220,12 @@ private slots:
             "'0','0',3,3,'','','','','','','1',100,'0',0,'1',0,'')"));
         FrmAddInfo form;
         QCOMPARE(child<QLineEdit>(form, "txtfields_0")->text(), QString());
-        // WHEN last year is loaded and the form saved
+        // WHEN last year is loaded
         child<QPushButton>(form, "cmdloadpre")->click();
+        // THEN the form shows its answers with the boxes they enable (what a save then writes is the record's test)
         QCOMPARE(child<QLineEdit>(form, "txtfields_0")->text(), QStringLiteral("OLD"));
         QVERIFY(child(form, "txtfields_12")->isEnabled());
         QCOMPARE(child(form, "Frame1")->property("Tag").toString(), QString());
-        child<QPushButton>(form, "cmdexit")->click();
-        // THEN this year's row is inserted with last year's answers
-        QCOMPARE(column(QStringLiteral("concat(Ward,'/',NOB,'/',Calc115WJ,'/',Amt115WJ)")), QStringLiteral("OLD/5/1/100"));
-        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 2);
     }
 
     void aoLookup_data()

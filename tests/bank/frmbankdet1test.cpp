@@ -1,20 +1,10 @@
 #include "banktestsupport.h"
 
 #include "component/clsmain.h"
-#include "component/components.h"
-#include "core/errorlog.h"
-#include "db/schema.h"
 #include "screens/bank/frmbankdet1.h"
-#include "support/statementrecorder.h"
-#include "support/testdatabase.h"
-#include "support/testlog.h"
-#include "support/testmain.h"
 
 #include <QFrame>
 #include <QGroupBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTimer>
 
 using namespace corvane;
 using namespace corvane::test;
@@ -25,23 +15,6 @@ class BankMasterScreenTest : public QObject {
     std::unique_ptr<TestDatabase> db;
     std::shared_ptr<ScriptedPrompter> prompts;
 
-    void seed(int records)
-    {
-        for (int i = 1; i <= records; ++i)
-            insertBank(**db, i, QStringLiteral("BANK %1").arg(i), QStringLiteral("BRANCH %1").arg(i),
-                       QStringLiteral("BC%1").arg(i));
-    }
-    QStringList table()
-    {
-        QStringList rows;
-        for (const auto& r : (*db)->query(QStringLiteral("select * from Bank_Master order by bank_code_no")).rows) {
-            QStringList cells;
-            for (const QVariant& v : r)
-                cells << v.toString();
-            rows << cells.join(QLatin1Char('|'));
-        }
-        return rows;
-    }
     std::unique_ptr<frmbankdet1> open() { return openActive<frmbankdet1>(); }
     static void clicks(frmbankdet1& form, const QString& buttons)
     {
@@ -70,201 +43,94 @@ private slots:
     void initTestCase() { db = std::make_unique<TestDatabase>(QStringLiteral("bankmas")); }
     void cleanupTestCase() { db.reset(); }
 
-    void init()
-    {
-        schema::createMissingTables(**db);
-        (*db)->execute(QStringLiteral("delete from Bank_Master"));
-        QFile::remove(logFilePath());
-        prompts = installPrompter();
-        registerDefaultComponents();
-    }
+    void init() { prompts = startAfresh(*db, {QStringLiteral("Bank_Master")}); }
 
     void browsing_data()
     {
-        QTest::addColumn<int>("records");
         QTest::addColumn<QString>("buttons");
         QTest::addColumn<QString>("code");
-        QTest::newRow("empty register shows nothing") << 0 << "cmdfirst,cmdnext,cmdlast,cmdprev" << "";
-        QTest::newRow("loading shows the first") << 3 << "" << "1";
-        QTest::newRow("next moves one on") << 3 << "cmdnext" << "2";
-        QTest::newRow("previous on the first stays") << 3 << "cmdprev,cmdprev" << "1";
-        QTest::newRow("next on the last stays") << 3 << "cmdlast,cmdnext,cmdnext" << "3";
-        QTest::newRow("previous from the last") << 3 << "cmdlast,cmdprev" << "2";
-        QTest::newRow("first after moving") << 3 << "cmdnext,cmdnext,cmdfirst" << "1";
+        QTest::newRow("loading shows the first") << "" << "1";
+        QTest::newRow("next") << "cmdnext" << "2";
+        QTest::newRow("last, previous") << "cmdlast,cmdprev" << "2";
+        QTest::newRow("first after moving") << "cmdnext,cmdnext,cmdfirst" << "1";
     }
     void browsing()
     {
-        QFETCH(int, records);
         QFETCH(QString, buttons);
         QFETCH(QString, code);
-        // GIVEN a register of that many records
-        seed(records);
+        // GIVEN three records; WHEN the navigation buttons are clicked
+        seedBanks(**db, 3);
         auto form = open();
-        // WHEN the navigation buttons are clicked
         clicks(*form, buttons);
         // THEN the record in that place shows in all four fields, and nothing was logged
-        const QStringList expected = code.isEmpty()
-            ? QStringList{QString(), QString(), QString(), QString()}
-            : QStringList{code, QStringLiteral("BANK ") + code, QStringLiteral("BRANCH ") + code, QStringLiteral("BC") + code};
-        QCOMPARE(shown(*form), expected);
+        QCOMPARE(shown(*form), (QStringList{code, "BANK " + code, "BRANCH " + code, "BC" + code}));
         QVERIFY(browsing(*form));
         QCOMPARE(logLines(), QStringList());
     }
 
-    void emptyRegisterOffersOnlyAdd()
+    void emptyRegisterNeitherModifiesNorDeletes()
     {
-        // GIVEN an empty register
         auto form = open();
-        // WHEN Modify and Delete are clicked
         click(*form, "cmdmodify");
         click(*form, "cmddelete");
-        // THEN neither edits nor asks
         QVERIFY(browsing(*form));
         QCOMPARE(prompts->texts(), QStringList());
-        // WHEN Add is clicked
-        click(*form, "cmdadd");
-        // THEN code 1 is proposed with empty fields, and only the fields, Update and Cancel work
-        QCOMPARE(shown(*form), (QStringList{QStringLiteral("1"), QString(), QString(), QString()}));
-        QVERIFY(editing(*form));
-        QVERIFY(form->adding());
     }
 
-    void addAndUpdate_data()
+    void update_data()
     {
-        QTest::addColumn<int>("records");
-        QTest::addColumn<QString>("typedCode");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("storedCode");
-        QTest::addColumn<QString>("shownCode");
-        QTest::newRow("the first record") << 0 << QString() << "NEW BANK" << 1 << "1";
-        QTest::newRow("the proposed code, a pasted quote and backslash") << 3 << QString() << "O'BRIEN \\ SONS" << 4 << "4";
-        QTest::newRow("a code box without a number writes 0") << 3 << "ABC" << "NEW BANK" << 0 << "3";
-        QTest::newRow("the number at the start of the box") << 3 << "12X" << "NEW BANK" << 12 << "12";
+        QTest::addColumn<QString>("buttons"); // before Add or Modify
+        QTest::addColumn<QString>("code");    // proposed or shown, and stored
+        QTest::addColumn<QString>("last");    // Update or Cancel
+        QTest::newRow("add: the typed record is stored and shown") << "cmdadd" << "4" << "cmdupdate";
+        QTest::newRow("modify a middle record: stored, shown again") << "cmdnext,cmdmodify" << "2" << "cmdupdate";
+        QTest::newRow("add, Cancel: nothing written, the shown record back") << "cmdnext,cmdadd" << "4" << "cmdcancel";
     }
-    void addAndUpdate()
-    {
-        QFETCH(int, records);
-        QFETCH(QString, typedCode);
-        QFETCH(QString, name);
-        QFETCH(int, storedCode);
-        QFETCH(QString, shownCode);
-        // GIVEN the records, and a new one typed after Add
-        seed(records);
-        auto form = open();
-        click(*form, "cmdadd");
-        QCOMPARE(form->txtfields().at(0)->text(), QString::number(records + 1));
-        if (!typedCode.isNull())
-            form->txtfields().at(0)->setText(typedCode);
-        form->txtfields().at(1)->setText(name);
-        form->txtfields().at(2)->setText(QStringLiteral("NEW BRANCH"));
-        form->txtfields().at(3)->setText(QStringLiteral("NB001"));
-        // WHEN Update is clicked
-        StatementRecorder recorder;
-        click(*form, "cmdupdate");
-        recorder.stop();
-        // THEN the row is inserted and flushed, the screen browses again and shows the last record in code order
-        QCOMPARE(recorder.writes(), QStringList{"insert bank_master"});
-        QCOMPARE(recorder.unflushedWrites(), QStringList());
-        QCOMPARE(db->count(QStringLiteral("Bank_Master")), records + 1);
-        QCOMPARE(db->scalar(QStringLiteral("select concat_ws('|', bank_name, branch, branch_code) from Bank_Master where bank_code_no = %1").arg(storedCode)),
-                 name + QStringLiteral("|NEW BRANCH|NB001"));
-        QCOMPARE(form->txtfields().at(0)->text(), shownCode);
-        QVERIFY(browsing(*form));
-        QVERIFY(!form->adding());
-        QCOMPARE(logLines(), QStringList());
-    }
-
-    void addThenCancelWritesNothing()
-    {
-        // GIVEN two records, the last one shown, and a record typed after Add
-        seed(2);
-        auto form = open();
-        click(*form, "cmdlast");
-        const QStringList before = table();
-        click(*form, "cmdadd");
-        form->txtfields().at(1)->setText(QStringLiteral("NOT KEPT"));
-        // WHEN Cancel is clicked
-        click(*form, "cmdcancel");
-        // THEN the table is as it was and the shown record is back
-        QCOMPARE(table(), before);
-        QCOMPARE(shown(*form), (QStringList{"2", "BANK 2", "BRANCH 2", "BC2"}));
-        QVERIFY(browsing(*form));
-        QVERIFY(!form->adding());
-    }
-
-    void modify_data()
-    {
-        QTest::addColumn<QString>("buttons");
-        QTest::addColumn<QString>("typedCode");
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<bool>("changed");
-        QTest::newRow("the first record") << "" << QString() << "1" << true;
-        QTest::newRow("a middle record") << "cmdnext" << QString() << "2" << true;
-        QTest::newRow("the last record") << "cmdlast" << QString() << "3" << true;
-        // The code box is also the key: a changed code matches no row, and nothing is reported.
-        QTest::newRow("a changed code changes nothing") << "cmdnext" << "7" << "2" << false;
-    }
-    void modify()
+    void update()
     {
         QFETCH(QString, buttons);
-        QFETCH(QString, typedCode);
         QFETCH(QString, code);
-        QFETCH(bool, changed);
-        // GIVEN a record of three in modification
-        seed(3);
+        QFETCH(QString, last);
+        // GIVEN three records, and a record typed after Add or Modify
+        seedBanks(**db, 3);
         auto form = open();
         clicks(*form, buttons);
-        click(*form, "cmdmodify");
         QVERIFY(editing(*form));
-        QVERIFY(!form->adding());
-        if (!typedCode.isNull())
-            form->txtfields().at(0)->setText(typedCode);
-        form->txtfields().at(1)->setText(QStringLiteral("RENAMED BANK"));
-        // WHEN Update is clicked
-        StatementRecorder recorder;
-        click(*form, "cmdupdate");
-        recorder.stop();
-        // THEN that row alone changed and was flushed, and the same record shows again
-        QCOMPARE(recorder.unflushedWrites(), QStringList());
-        QStringList expected;
-        for (int i = 1; i <= 3; ++i) {
-            const QString n = QString::number(i);
-            expected << n + (changed && n == code ? QStringLiteral("|RENAMED BANK") : QStringLiteral("|BANK ") + n)
-                    + QStringLiteral("|BRANCH ") + n + QStringLiteral("|BC") + n;
-        }
-        QCOMPARE(table(), expected);
-        QCOMPARE(shown(*form), (QStringList{code, changed ? QStringLiteral("RENAMED BANK") : QStringLiteral("BANK ") + code,
-                                            QStringLiteral("BRANCH ") + code, QStringLiteral("BC") + code}));
-        QVERIFY(browsing(*form));
+        QCOMPARE(form->adding(), buttons.endsWith(QLatin1String("cmdadd")));
+        QCOMPARE(form->txtfields().at(0)->text(), code);
+        form->txtfields().at(1)->setText(QStringLiteral("TYPED BANK"));
+        form->txtfields().at(2)->setText(QStringLiteral("NEW BRANCH"));
+        form->txtfields().at(3)->setText(QStringLiteral("NB001"));
+        click(*form, last.toLatin1().constData());
+        // THEN the four fields are stored under the code and the screen browses on that record;
+        // after Cancel nothing is written and the record shown before is back
+        const bool saved = last == QLatin1String("cmdupdate");
+        QCOMPARE(db->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name = 'TYPED BANK'")), saved ? 1 : 0);
+        QCOMPARE(db->count(QStringLiteral("Bank_Master")), saved && code == QLatin1String("4") ? 4 : 3);
+        if (saved)
+            QCOMPARE(db->scalar("select concat_ws('|', bank_code_no, bank_name, branch, branch_code) from Bank_Master where bank_code_no = " + code),
+                     code + QStringLiteral("|TYPED BANK|NEW BRANCH|NB001"));
+        QCOMPARE(shown(*form), (saved ? QStringList{code, "TYPED BANK", "NEW BRANCH", "NB001"} : QStringList{"2", "BANK 2", "BRANCH 2", "BC2"}));
+        QVERIFY(browsing(*form) && !form->adding());
         QCOMPARE(prompts->texts(), QStringList());
         QCOMPARE(logLines(), QStringList());
     }
 
     void deletion_data()
     {
-        QTest::addColumn<int>("records");
-        QTest::addColumn<QString>("buttons");
         QTest::addColumn<bool>("yes");
-        QTest::addColumn<int>("remaining");
         QTest::addColumn<QString>("shownCode");
-        QTest::newRow("the first record shows the next") << 3 << "" << true << 2 << "2";
-        QTest::newRow("the middle record shows the next") << 3 << "cmdnext" << true << 2 << "3";
-        QTest::newRow("the last record shows the new last") << 3 << "cmdlast" << true << 2 << "2";
-        QTest::newRow("the only record leaves the fields empty") << 1 << "" << true << 0 << "";
-        QTest::newRow("No keeps the record") << 3 << "cmdnext" << false << 3 << "2";
+        QTest::newRow("Yes deletes it, the next shows") << true << "3";
+        QTest::newRow("No keeps it") << false << "2";
     }
     void deletion()
     {
-        QFETCH(int, records);
-        QFETCH(QString, buttons);
         QFETCH(bool, yes);
-        QFETCH(int, remaining);
         QFETCH(QString, shownCode);
-        // GIVEN a record shown
-        seed(records);
+        // GIVEN the second of three records shown
+        seedBanks(**db, 3);
         auto form = open();
-        clicks(*form, buttons);
-        const QString deleted = form->txtfields().at(0)->text();
+        click(*form, "cmdnext");
         // WHEN Delete is clicked and the question answered
         prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
         click(*form, "cmddelete");
@@ -272,8 +138,8 @@ private slots:
         QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to delete this record ?")});
         QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Critical);
         QCOMPARE(prompts->asked().front().buttons, Prompter::Buttons::YesNo);
-        QCOMPARE(db->count(QStringLiteral("Bank_Master")), remaining);
-        QCOMPARE(db->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_code_no = ") + deleted), yes ? 0 : 1);
+        QCOMPARE(db->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_code_no = 2")), yes ? 0 : 1);
+        QCOMPARE(db->count(QStringLiteral("Bank_Master")), yes ? 2 : 3);
         QCOMPARE(form->txtfields().at(0)->text(), shownCode);
         QCOMPARE(logLines(), QStringList());
     }
@@ -300,69 +166,52 @@ private slots:
         auto form = open();
         click(*form, "cmdadd");
         form->txtfields().at(1)->setText(QStringLiteral("TYPED"));
-        // WHEN Search is clicked
         click(*form, "cmdsearch");
         // THEN the component was set up with the context and asked once with an empty text
-        QCOMPARE(FakeBankInfo::script().calls, QStringList{QStringLiteral("GetBSRCode()")});
-        QCOMPARE(FakeBankInfo::script().appPath, db->appPath());
-        QCOMPARE(FakeBankInfo::script().logFile, QStringLiteral("FBTLogger.log"));
-        QVERIFY(FakeBankInfo::script().connectionGiven);
-        QCOMPARE(FakeBankInfo::script().ratios[0], 1.25f);
+        QCOMPARE(FakeBankInfo::script().calls,
+                 (QStringList{"InitMe(" + db->appPath() + ", FBTLogger.log, connection, 1.25)", "GetBSRCode()"}));
         QCOMPARE(modbase().CnnObj, db->connection());
         // AND the fields show its answer, or stay as typed
         QCOMPARE(shown(*form), fields);
         QVERIFY(editing(*form));
     }
 
-    void searchWithoutTheComponentIsLogged()
+    void failuresAreLoggedUnderTheirProcedures_data()
     {
-        // GIVEN no bank information component installed
-        ObjectRegistry::instance().unregisterClass(kBankInfoClass);
-        auto form = open();
-        click(*form, "cmdadd");
-        // WHEN Search is clicked
-        click(*form, "cmdsearch");
-        // THEN the failure is logged under the form and the procedure, and the screen goes on
-        const QStringList contexts = logContexts();
-        QVERIFY(!contexts.isEmpty());
-        for (const QString& c : contexts)
-            QCOMPARE(c, QStringLiteral("frmbankdet1\tCMDSEARCH_CLICK"));
-        QVERIFY(logLines().first().contains(QStringLiteral("\t429\t")));
-        QVERIFY(editing(*form));
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<QString>("buttons");
+        QTest::addColumn<QStringList>("procedures"); // one per failing statement
+        QTest::addColumn<QString>("number");         // of the first failure
+        QTest::addColumn<QString>("code");           // in the code box afterwards
+        QTest::newRow("search without the component: the entry goes on")
+            << "no component" << "cmdadd,cmdsearch" << QStringList{"CMDSEARCH_CLICK", "CMDSEARCH_CLICK"} << "429" << "1";
+        QTest::newRow("add past the largest 16-bit code: the box keeps it")
+            << "largest code" << "cmdadd" << QStringList{"CMDADD_CLICK"} << "6" << "32767";
+        QTest::newRow("no table: browsing again, nothing shown") << "no table" << "cmdadd,cmdupdate"
+            << QStringList{"FORM_LOAD", "CMDADD_CLICK", "CMDUPDATE_CLICK", "CMDUPDATE_CLICK"} << "1146" << ""; // insert, requery
     }
-
-    void addPastTheLargestCodeOverflows()
-    {
-        // GIVEN a register whose largest code is the largest 16-bit number
-        insertBank(**db, 32767, QStringLiteral("LAST BANK"), QString(), QString());
-        auto form = open();
-        // WHEN Add is clicked
-        click(*form, "cmdadd");
-        // THEN the overflow is logged, the code box keeps what it showed, and the entry goes on
-        QCOMPARE(logContexts(), QStringList{QStringLiteral("frmbankdet1\tCMDADD_CLICK")});
-        QVERIFY(logLines().first().contains(QStringLiteral("\t6\t")));
-        QCOMPARE(form->txtfields().at(0)->text(), QStringLiteral("32767"));
-        QCOMPARE(form->txtfields().at(1)->text(), QString());
-        QVERIFY(editing(*form));
-    }
-
     void failuresAreLoggedUnderTheirProcedures()
     {
-        // GIVEN a database without the Bank_Master table
-        (*db)->execute(QStringLiteral("drop table Bank_Master"));
-        // WHEN the screen loads, and a record is added and updated
+        QFETCH(QString, fault);
+        QFETCH(QString, buttons);
+        QFETCH(QStringList, procedures);
+        QFETCH(QString, number);
+        QFETCH(QString, code);
+        if (fault == QLatin1String("no component"))
+            ObjectRegistry::instance().unregisterClass(kBankInfoClass);
+        else if (fault == QLatin1String("no table"))
+            (*db)->execute(QStringLiteral("drop table Bank_Master"));
+        else
+            insertBank(**db, 32767, QStringLiteral("LAST BANK"), QString(), QString());
         auto form = open();
-        click(*form, "cmdadd");
-        form->txtfields().at(1)->setText(QStringLiteral("NOWHERE"));
-        click(*form, "cmdupdate");
-        // THEN each failing statement is one line under its procedure, and the screen browses again
-        const QStringList contexts = logContexts();
-        QCOMPARE(contexts.count(QStringLiteral("frmbankdet1\tFORM_LOAD")), 1);
-        QCOMPARE(contexts.count(QStringLiteral("frmbankdet1\tCMDADD_CLICK")), 1);
-        QCOMPARE(contexts.count(QStringLiteral("frmbankdet1\tCMDUPDATE_CLICK")), 2); // insert, requery
-        QCOMPARE(contexts.size(), 4);
-        QVERIFY(browsing(*form));
-        QCOMPARE(shown(*form), (QStringList{QString(), QString(), QString(), QString()}));
+        clicks(*form, buttons);
+        QStringList contexts;
+        for (const QString& procedure : procedures)
+            contexts << QStringLiteral("frmbankdet1\t") + procedure;
+        QCOMPARE(logContexts(), contexts);
+        QVERIFY2(logLines().first().contains(QLatin1Char('\t') + number + QLatin1Char('\t')), qPrintable(logLines().first()));
+        QCOMPARE(form->txtfields().at(0)->text(), code);
+        QCOMPARE(browsing(*form), buttons.endsWith(QLatin1String("cmdupdate")));
     }
 
     void leaving_data()
@@ -383,7 +232,7 @@ private slots:
         QFETCH(bool, yes);
         QFETCH(QString, question);
         // GIVEN the screen browsing or adding a record
-        seed(1);
+        seedBanks(**db, 1);
         auto form = open();
         if (whileAdding) {
             click(*form, "cmdadd");
@@ -429,7 +278,7 @@ private slots:
     void showBankMasIsModalAndLoadsAfresh()
     {
         // GIVEN one record, and a user who reads the code and leaves with Escape and Yes
-        seed(1);
+        seedBanks(**db, 1);
         QStringList seen;
         auto leave = [&] {
             QWidget* modal = QApplication::activeModalWidget();

@@ -99,6 +99,7 @@ private slots:
         QVERIFY(control<QLabel>(&window, "lblclient")->text().contains("GANGA EXPORTS"));
     }
 
+    // One row per field the cursor goes to; the checks themselves are the client service's test.
     void badEntriesAreRefusedWithAMessage_data()
     {
         QTest::addColumn<QString>("field");
@@ -107,11 +108,7 @@ private slots:
         QTest::addColumn<QString>("focus");
         QTest::newRow("empty name") << "txtname" << "   " << "Enter the client's name." << "txtname";
         QTest::newRow("empty code") << "txtcode" << "" << "Enter the client's code." << "txtcode";
-        QTest::newRow("code of a client") << "txtcode" << "a001" << "The code A001 is already used by ANAND TEXTILE MILLS PVT LTD." << "txtcode";
-        QTest::newRow("code left in another table") << "txtcode" << "z999" << "The code Z999 is still used in the table FBT_AddInfo: choose another code." << "txtcode";
-        QTest::newRow("code with a quote") << "txtcode" << "G'7" << "A client code cannot contain quotes, commas or back slashes." << "txtcode";
         QTest::newRow("PAN of ten characters") << "txtpan" << "ABCDE12345" << "ABCDE12345 is not a valid PAN: five letters, four digits and a letter, such as AABCA1234K." << "txtpan";
-        QTest::newRow("PAN too short") << "txtpan" << "ABCD" << "ABCD is not a valid PAN: five letters, four digits and a letter, such as AABCA1234K." << "txtpan";
         QTest::newRow("no such day") << "txtdoi" << "31/02/2008" << "31/02/2008 is not a valid date: type it as dd/mm/yyyy." << "txtdoi";
         QTest::newRow("short PIN") << "txtpin" << "2080" << "A PIN code has six digits." << "txtpin";
         QTest::newRow("no e-mail") << "txtemail" << "accounts.ganga" << "accounts.ganga is not an e-mail address." << "txtemail";
@@ -125,10 +122,9 @@ private slots:
         QFETCH(QString, value);
         QFETCH(QString, message);
         QFETCH(QString, focus);
-        // GIVEN the demo clients and a row left under Z999 in FBT_AddInfo
+        // GIVEN the demo clients
         HostFixture f(QStringLiteral("cm_refuse"), true, true);
         QVERIFY(f.start());
-        f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) Values ('Z999', 2008)");
         const bool natures = field == QLatin1String("lstnature");
         for (int n = 100; natures && n < 170; ++n)
             f.db->execute(QStringLiteral("Insert into FBT_Nature Values (%1, 'NATURE %1')").arg(n));
@@ -146,9 +142,7 @@ private slots:
         }
         click(&dialog, "cmdsave");
         // THEN the message names the fault, the cursor is in its box, and nothing is stored
-        // (the server may keep table names in small letters)
-        QCOMPARE(f.answers->texts().size(), 1);
-        QCOMPARE(f.answers->texts().first().toLower(), message.toLower());
+        QCOMPARE(f.answers->texts(), QStringList{message});
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QVERIFY(dialog.isVisible());
         QCOMPARE(dialog.focusWidget()->objectName(), focus);
@@ -197,84 +191,48 @@ private slots:
         QCOMPARE(offered, (QStringList{"", "ANDHRA PRADESH", "ASSAM", "GUJARAT"}));
     }
 
-    // Which rows move is the client maintenance's own test; here the screen's part of it.
-    void codeChangeMovesEveryTable()
+    // Which rows move is the client service's test; here the question and what the screens do after it.
+    void codeChangeAsksFirst_data()
     {
-        // GIVEN a client with rows in every table
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("Yes: changed, the window follows") << true;
+        QTest::newRow("No: the dialog stays on the code") << false;
+    }
+    void codeChangeAsksFirst()
+    {
+        QFETCH(bool, yes);
+        // GIVEN the demo clients, A001 chosen
         HostFixture f(QStringLiteral("cm_recode"), true, true);
-        f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
-        int before = 0;
-        for (const QString& table : f.clientTables())
-            before += f.rowsOf(table, "A001");
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
+        QString focus;
         window.setDialogRunner([&](QDialog& dialog) {
+            dialog.show();
             typeInto(&dialog, "txtcode", "A100");
             typeInto(&dialog, "txtname", "ANAND TEXTILES LTD");
             click(&dialog, "cmdsave");
+            focus = dialog.isVisible() ? dialog.focusWidget()->objectName() : QString();
             return dialog.result();
         });
-        f.answers->then(Prompter::Answer::Yes);
-        // WHEN its code is changed to A100 in the client master
+        f.answers->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
+        // WHEN its code is changed to A100 in the client master and the question answered
         control<QAction>(&window, "mnueditclient")->trigger();
-        // THEN it was asked, every row moved to the new code with the new name, and the window follows it
+        // THEN Yes stores the client under A100, which the window follows; No leaves the dialog on the code
         QCOMPARE(f.answers->texts(), QStringList{"Change the code of ANAND TEXTILES LTD from A001 to A100 in every table?"});
-        int after = 0;
-        for (const QString& table : f.clientTables()) {
-            QCOMPARE(f.rowsOf(table, "A001"), 0);
-            after += f.rowsOf(table, "A100");
-        }
-        QCOMPARE(after, before);
-        QCOMPARE(f.db.scalar("Select Name from FBT_Info where Code_No='A100'"), QStringLiteral("ANAND TEXTILES LTD"));
-        QCOMPARE(window.currentCode(), QStringLiteral("A100"));
+        QCOMPARE(f.db.scalar("Select Name from FBT_Info where Code_No='A100'"), yes ? QStringLiteral("ANAND TEXTILES LTD") : QString());
+        QCOMPARE(f.rowsOf("FBT_Info", "A001"), yes ? 0 : 1);
+        QCOMPARE(window.currentCode(), yes ? QStringLiteral("A100") : QStringLiteral("A001"));
+        QCOMPARE(focus, yes ? QString() : QStringLiteral("txtcode"));
     }
 
-    void codeChangeCanBeRefused_data()
-    {
-        QTest::addColumn<QString>("newCode");
-        QTest::addColumn<bool>("answerYes");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("answered no") << "A100" << false << "";
-        QTest::newRow("code of another client") << "B002" << true << "The code B002 is already used by BHARAT LOGISTICS.";
-    }
-
-    void codeChangeCanBeRefused()
-    {
-        QFETCH(QString, newCode);
-        QFETCH(bool, answerYes);
-        QFETCH(QString, message);
-        // GIVEN the demo clients
-        HostFixture f(QStringLiteral("cm_norecode"), true, true);
-        QVERIFY(f.start());
-        QMap<QString, int> before;
-        for (const QString& table : f.clientTables())
-            before[table] = f.rowsOf(table, "A001") * 1000 + f.rowsOf(table, newCode);
-        ClientService service(f.cls);
-        ClientDialog dialog(f.cls, service, "A001");
-        dialog.show();
-        f.answers->then(answerYes ? Prompter::Answer::Yes : Prompter::Answer::No);
-        // WHEN the code is changed and the change is refused
-        typeInto(&dialog, "txtcode", newCode);
-        click(&dialog, "cmdsave");
-        // THEN the dialog stays open and no row moved
-        QStringList expected{"Change the code of ANAND TEXTILE MILLS PVT LTD from A001 to " + newCode + " in every table?"};
-        if (!message.isEmpty())
-            expected << message;
-        QCOMPARE(f.answers->texts(), expected);
-        QVERIFY(dialog.isVisible());
-        QCOMPARE(dialog.focusWidget()->objectName(), QStringLiteral("txtcode"));
-        for (const QString& table : f.clientTables())
-            QCOMPARE(f.rowsOf(table, "A001") * 1000 + f.rowsOf(table, newCode), before.value(table));
-    }
-
-    void deleteAsksThenRemovesEveryRow_data()
+    void deleteAsksThenRemovesTheClient_data()
     {
         QTest::addColumn<QString>("route");
         QTest::newRow("from the menu") << "menu";
         QTest::newRow("from the client master") << "dialog";
     }
 
-    void deleteAsksThenRemovesEveryRow()
+    void deleteAsksThenRemovesTheClient()
     {
         QFETCH(QString, route);
         // GIVEN a client with rows in every table
@@ -299,9 +257,8 @@ private slots:
         // WHEN it is asked for again and answered Yes
         f.answers->then(Prompter::Answer::Yes);
         remove();
-        // THEN no table holds a row of the client, and the list no longer shows it
-        for (const QString& table : f.clientTables())
-            QCOMPARE(f.rowsOf(table, "A001"), 0);
+        // THEN the client is gone and the list no longer shows it
+        QCOMPARE(f.rowsOf("FBT_Info", "A001"), 0);
         QVERIFY(!visibleCodes(&window).contains("A001"));
         QCOMPARE(visibleCodes(&window).size(), 5);
     }
