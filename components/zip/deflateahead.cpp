@@ -74,10 +74,15 @@ struct Stream {
 
 } // namespace
 
+int DeflateAhead::cores()
+{
+    return std::clamp(int(std::thread::hardware_concurrency()), 1, 8);
+}
+
 DeflateAhead::DeflateAhead(const QString& scratchFolder, int workers)
 {
     if (workers <= 0)
-        workers = std::clamp(int(std::thread::hardware_concurrency()), 1, 8);
+        workers = cores();
     try {
         for (int i = 0; i < workers; ++i)
             scratch_.push_back(openScratch(scratchFolder));

@@ -32,8 +32,10 @@ public:
         quint32 crc = 0;
     };
 
-    // The scratch files are made in `scratchFolder`; `workers` 0 means one per core.
+    // The scratch files are made in `scratchFolder`; `workers` 0 means cores().
     explicit DeflateAhead(const QString& scratchFolder, int workers = 0);
+    // How many threads work the machine's cores: one per core, at most eight.
+    static int cores();
     // Stops the workers (a file half done is dropped) and closes the scratch files.
     ~DeflateAhead();
     DeflateAhead(const DeflateAhead&) = delete;

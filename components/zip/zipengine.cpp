@@ -83,7 +83,7 @@ void verifyArchive(const QString& path, zip_int64_t expectedEntries)
     if (count != expectedEntries)
         throw Failure(kPathFileAccessError, kZipSource,
                       QStringLiteral("%1: %2 entries written, %3 read back").arg(path).arg(expectedEntries).arg(count));
-    const int cores = std::clamp(int(std::thread::hardware_concurrency()), 1, 8);
+    const int cores = DeflateAhead::cores();
     std::atomic<zip_int64_t> next{0};
     auto failures = std::vector<std::exception_ptr>(size_t(cores));
     std::vector<std::thread> threads;
@@ -274,10 +274,6 @@ void waitFor(const std::vector<DeflateAhead*>& workers, Progress& progress, cons
 zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress& progress,
                          const std::function<bool()>& cancelled, DeflateAhead* ahead)
 {
-    struct Found {
-        int item;
-        DeflateAhead::Deflated data;
-    };
     const auto lookUp = [&](const DeflateAhead& from, int i) -> std::optional<DeflateAhead::Deflated> {
         struct stat st {};
         if (::lstat(QFile::encodeName(items.at(i).path).constData(), &st) != 0)
@@ -292,17 +288,21 @@ zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress
         workers.push_back(ahead);
         waitFor({ahead}, progress, cancelled, shown);
     }
+    // The deflated data of each file: what was deflated ahead and is unchanged, the rest deflated now.
+    std::vector<std::optional<DeflateAhead::Deflated>> deflated(size_t(items.size()));
     QList<int> pending;
     for (int i = 0; i < items.size(); ++i) {
-        if (items.at(i).isDir || (ahead && lookUp(*ahead, i)))
+        if (items.at(i).isDir || (ahead && (deflated[size_t(i)] = lookUp(*ahead, i))))
             continue;
         own.add(items.at(i).path);
         pending << i;
     }
     waitFor(workers, progress, cancelled, shown);
-    for (int i : pending)
+    for (int i : pending) {
         if (const std::exception_ptr failure = own.failure(items.at(i).path))
             std::rethrow_exception(failure);
+        deflated[size_t(i)] = lookUp(own, i);
+    }
 
     zip_t* za = openNew(temp);
     try {
@@ -312,9 +312,7 @@ zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress
             if (item.isDir) {
                 index = zip_dir_add(za, item.name.constData(), ZIP_FL_ENC_UTF_8);
             } else {
-                std::optional<DeflateAhead::Deflated> data = ahead ? lookUp(*ahead, i) : std::nullopt;
-                if (!data)
-                    data = lookUp(own, i);
+                const std::optional<DeflateAhead::Deflated>& data = deflated[size_t(i)];
                 if (!data) // changed while it was deflated
                     throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("%1: changed while packing").arg(item.path));
                 auto* state = new RawState{*data, item.mtime, 0, {}};
