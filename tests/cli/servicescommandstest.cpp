@@ -32,10 +32,8 @@ class ServicesCommandsTest : public QObject {
 
     QStringList logLines() const
     {
-        QFile f(appPath() + QStringLiteral("/FBTLogger.log"));
-        if (!f.open(QIODevice::ReadOnly))
-            return {};
-        return QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        return QString::fromUtf8(test::readFile(appPath() + QStringLiteral("/FBTLogger.log")))
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
 
 private slots:

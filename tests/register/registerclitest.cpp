@@ -1,6 +1,7 @@
 #include "registertestsupport.h"
 
 #include "support/clirunner.h"
+#include "support/files.h"
 #include "support/pdftext.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
@@ -110,9 +111,7 @@ private slots:
         const QString csv = dir.filePath(QStringLiteral("register.csv"));
         r = corvane({"register", "--year", "2008", "--format", "text", "--output", csv});
         QCOMPARE(r.status, 0);
-        QFile f(csv);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QVERIFY(f.readAll().startsWith("Code No,Name,"));
+        QVERIFY(test::readFile(csv).startsWith("Code No,Name,"));
         r = corvane({"register", "--year", "2008", "--output", QStringLiteral("/nonexistent-dir/r.pdf")});
         QCOMPARE(r.status, 1);
     }

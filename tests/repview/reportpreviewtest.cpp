@@ -5,6 +5,7 @@
 #include "core/modbase.h"
 #include "core/objectregistry.h"
 #include "core/prompter.h"
+#include "support/files.h"
 #include "support/pdftext.h"
 #include "support/testmain.h"
 
@@ -87,9 +88,7 @@ private slots:
         const QString csv = dir.filePath(QStringLiteral("r.csv"));
         files->then(csv);
         preview.findChild<QAction*>(QStringLiteral("actExportCsv"))->trigger();
-        QFile f(csv);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll(), QByteArray("Code,Name\r\nC1,\"Name, 1\"\r\nC2,\"Name, 2\"\r\nC3,\"Name, 3\"\r\n"));
+        QCOMPARE(test::readFile(csv), QByteArray("Code,Name\r\nC1,\"Name, 1\"\r\nC2,\"Name, 2\"\r\nC3,\"Name, 3\"\r\n"));
 
         const QString pdf = dir.filePath(QStringLiteral("r.pdf"));
         files->then(pdf);
