@@ -93,11 +93,16 @@ BackupJob::~BackupJob() = default;
 void BackupJob::deflateAhead(const QString& path)
 {
     if (!ahead_) {
-        // Without its scratch files the packing deflates everything itself.
+        // Without its scratch files the packing deflates everything itself;
+        // a folder that refused them once refuses them for the rest of the run.
+        if (aheadRefused_)
+            return;
         auto guard = silentGuard(kForm);
         guard([&] { ahead_ = std::make_unique<zip::DeflateAhead>(QFileInfo(archivePath_).absolutePath()); });
-        if (!ahead_)
+        if (!ahead_) {
+            aheadRefused_ = true;
             return;
+        }
     }
     ahead_->add(path);
 }
@@ -175,6 +180,7 @@ BackupJob::Outcome BackupJob::run(const QString& destination)
 {
     errorsOccurred_ = false;
     declined_ = false;
+    aheadRefused_ = false;
     lastMessage_.clear();
     if (!checkDestination(destination) || !prepareNames(destination))
         return Outcome::Refused;

@@ -93,6 +93,7 @@ private:
     QString lastMessage_;
     class ReadLock* lock_ = nullptr;
     std::unique_ptr<zip::DeflateAhead> ahead_;
+    bool aheadRefused_ = false;
 };
 
 } // namespace corvane::backup
