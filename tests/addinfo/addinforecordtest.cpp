@@ -164,7 +164,6 @@ private slots:
                         &r.misc.opt44AA, &r.misc.opt44AB, &r.misc.nameChanged})
             *b = on;
         v.intDt = on ? QStringLiteral("31/03/2008") : QString();
-        v.amt115WJ5 = QStringLiteral("77");
         v.section = on ? 4 : 1; // the last section and the first
     }
 

@@ -474,9 +474,9 @@ private slots:
             seen = modal->objectName() + QLatin1Char('|') + modal->windowTitle();
             auto* ward = modal->findChild<QLineEdit*>(second ? QStringLiteral("txt2_1") : QStringLiteral("txtfields_0"));
             ward->setText(QStringLiteral("BY HOST"));
-            // the first edition refuses without a nature of business and stays open
+            // the first edition refuses without a nature of business and stays open for one
             QTest::keyClick(ward, Qt::Key_Escape);
-            if (auto* nob = modal->findChild<QCheckBox*>(QStringLiteral("chknob_0"))) {
+            if (auto* nob = modal->findChild<QCheckBox*>(QStringLiteral("chknob_0")); nob && modal->isVisible()) {
                 nob->setChecked(true);
                 QTest::keyClick(ward, Qt::Key_Escape);
             }
