@@ -1,4 +1,3 @@
-#include "core/errorlog.h"
 #include "core/modbase.h"
 #include "screens/addinfo/addinforecord.h"
 #include "db/schema.h"
@@ -47,6 +46,8 @@ AddInfoValues sampleAnswers()
     v.amt115WJ = QStringLiteral("1250.5");
     v.calc115WK = true;
     v.amt115WK = QStringLiteral("300");
+    v.calc115WJ5 = true; // the second edition's
+    v.amt115WJ5 = QStringLiteral("77");
     v.intUpto = true;
     v.intDt = QStringLiteral("31/03/2008");
     return v;
@@ -62,18 +63,26 @@ class AddInfoRecordTest : public QObject {
 
     Connection& c() { return *db_->connection(); }
 
-    QString column(const QString& name, int year = kYear, const QString& table = QStringLiteral("FBT_AddInfo"))
+    QString column(const QString& name)
     {
-        return db_->scalar(QStringLiteral("select ") + name + QStringLiteral(" from ") + table
-                           + QStringLiteral(" where code_no='C001' and tyear=") + QString::number(year));
+        return db_->scalar(QStringLiteral("select ") + name + QStringLiteral(" from FBT_AddInfo where code_no='C001' and tyear=2007"));
+    }
+
+    // Every row of a table, its fields joined by '|'.
+    QString rowsOf(const QString& table)
+    {
+        QStringList fields;
+        for (const auto& row : c().query(QStringLiteral("select * from ") + table).rows)
+            for (const QVariant& v : row)
+                fields << v.toString();
+        return fields.join(QLatin1Char('|'));
     }
 
     // A row as the return register leaves it: filed, with a 115WJ(5) choice.
-    void insertFiledRow(int year)
+    void insertFiledRow()
     {
-        c().execute(QStringLiteral("insert into FBT_AddInfo values('C001',%1,'0','OLD WARD','','1','0','','','5','0','0','','0','',"
-                                   "'0','0','0','0','0','0',7,7,'10/10/2007','ACK-9','','','','','0',0,'0',0,'1',800,'')")
-                        .arg(year));
+        c().execute(QStringLiteral("insert into FBT_AddInfo values('C001',2007,'0','OLD WARD','','1','0','','','5','0','0','','0','',"
+                                   "'0','0','0','0','0','0',7,7,'10/10/2007','ACK-9','','','','','0',0,'0',0,'1',800,'')"));
     }
 
     static AddInfoRecord openRecord(AddInfoEdition edition)
@@ -94,27 +103,46 @@ private slots:
     void initTestCase() { db_ = std::make_unique<test::TestDatabase>(QStringLiteral("addinfo")); }
     void cleanupTestCase() { db_.reset(); }
 
+    void aYearWithoutARowInsertsACompleteRow_data()
+    {
+        QTest::addColumn<int>("edition");
+        QTest::addColumn<QString>("addInfo");
+        QTest::addColumn<QString>("miscInf");
+        QTest::newRow("first edition, nothing filed yet")
+            << int(AddInfoEdition::First)
+            << "C001|2007|1|WARD 3(2)|WARD 1|2|1|RCPT 77|15/09/2007|24|1|1|30/10/2007|0||1|0|1|0|1|1|40|55|||MUM|W|12|3|1|1250.5|1|300|1|0|31/03/2008"
+            << "";
+        QTest::newRow("second edition: the first's questions blank, its own 115WJ(5), the representative kept unticked")
+            << int(AddInfoEdition::Second)
+            << "C001|2007|0|WARD 3(2)||2|1|RCPT 77|15/09/2007|||||||1||||1|1|40|55|||MUM|W|12|3|1|1250.5|1|300|1|77|31/03/2008"
+            << "C001|2007|0|REP NAME|||||||GOA||0|1||||ABCDE1234F||||||||01/05/2007|1|OLD & CO";
+    }
+
     void aYearWithoutARowInsertsACompleteRow()
     {
-        // GIVEN a client year without a row, opened by the first edition
-        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        QFETCH(int, edition);
+        QFETCH(QString, addInfo);
+        QFETCH(QString, miscInf);
+        // GIVEN a client year without a row
+        AddInfoRecord r = openRecord(AddInfoEdition(edition));
         QCOMPARE(r.marker, QString());
         // WHEN the answers are saved
         r.values = sampleAnswers();
+        r.misc.rep[0] = QStringLiteral("REP NAME");
+        r.misc.rep[7] = QStringLiteral("GOA");
+        r.misc.opt44AB = true;
+        r.misc.auditor[3] = QStringLiteral("ABCDE1234F");
+        r.misc.auditor[11] = QStringLiteral("01/05/2007");
+        r.misc.nameChanged = true;
+        r.misc.oldName = QStringLiteral("OLD & CO");
         QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
-        // THEN one row holds every answer in its encoding, with nothing filed yet
-        const auto rows = c().query(QStringLiteral("select * from FBT_AddInfo")).rows;
-        QCOMPARE(rows.size(), 1);
-        QStringList got;
-        for (const QVariant& v : rows.first())
-            got << v.toString();
-        const QStringList expected = QStringLiteral(
-            "C001|2007|1|WARD 3(2)|WARD 1|2|1|RCPT 77|15/09/2007|24|1|1|30/10/2007|0||1|0|1|0|1|1|40|55|||MUM|W|12|3|1|1250.5|1|300|1|0|31/03/2008")
-                                         .split(QLatin1Char('|'));
-        QCOMPARE(got, expected);
+        // THEN one row holds every answer in its encoding, and the second edition's pages their row
+        QCOMPARE(rowsOf(QStringLiteral("FBT_AddInfo")), addInfo);
+        QCOMPARE(rowsOf(QStringLiteral("FBT_MiscInf")), miscInf);
+        QCOMPARE(test::logLines(), QStringList());
     }
 
-    // Every tick box of an edition, one character each.
+    // Every tick box of an edition, one character each, and the section.
     static QString ticks(const AddInfoRecord& r, AddInfoEdition edition)
     {
         const AddInfoValues& v = r.values;
@@ -123,7 +151,7 @@ private slots:
             boxes << v.chAdd << v.ac44AA << v.ac44AB << v.ac44ABC << v.dtRel1 << v.dtRel2 << v.peOut;
         else
             boxes << v.calc115WJ5 << r.misc.repAss << r.misc.opt44AA << r.misc.opt44AB << r.misc.nameChanged;
-        QString out;
+        QString out = QString::number(v.section);
         for (bool b : boxes)
             out += b ? QLatin1Char('1') : QLatin1Char('0');
         return out;
@@ -136,6 +164,7 @@ private slots:
                         &r.misc.opt44AA, &r.misc.opt44AB, &r.misc.nameChanged})
             *b = on;
         v.intDt = on ? QStringLiteral("31/03/2008") : QString();
+        v.section = on ? 4 : 1; // the last section and the first
     }
 
     void insertThenUpdateEveryBox_data()
@@ -171,33 +200,15 @@ private slots:
                 writes << QStringLiteral("delete fbt_miscinf") << QStringLiteral("insert fbt_miscinf");
             QCOMPARE(recorder.writes(), writes);
             QCOMPARE(recorder.unflushedWrites(), QStringList());
+            // AND a text or amount behind an unticked box is not kept
+            const QString kept = !ticked ? QStringLiteral("||||0|0|0|")
+                : second ? QStringLiteral("RCPT 77|15/09/2007|||1250.5|300|77|31/03/2008")
+                         : QStringLiteral("RCPT 77|15/09/2007|30/10/2007|01/01/2007|1250.5|300|0|31/03/2008");
+            QCOMPARE(column(QStringLiteral("concat_ws('|',RevRecNo,RevRecDt,Dt44AB,Dt44ABC,Amt115WJ,Amt115WK,Amt115WJ5,IntDt)")), kept);
             // AND a fresh load shows every box as it was saved
             QCOMPARE(ticks(openRecord(e), e), expected);
-            QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
-            QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), second ? 1 : 0);
         }
         QCOMPARE(test::logLines(), QStringList());
-    }
-
-    void aYearWithARowIsUpdatedAndKeepsItsFilingColumns()
-    {
-        // GIVEN a filed row for the year
-        insertFiledRow(kYear);
-        AddInfoRecord r = openRecord(AddInfoEdition::First);
-        QCOMPARE(r.marker, QStringLiteral("1"));
-        QCOMPARE(r.values.nob, (std::array<bool, 6>{false, false, false, false, true, false}));
-        QCOMPARE(r.values.section, 1);
-        // WHEN the first edition saves other answers
-        r.values = sampleAnswers();
-        r.SAVEDATA();
-        // THEN the row is updated and the register's and the second edition's columns stay
-        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
-        QCOMPARE(column(QStringLiteral("Ward")), QStringLiteral("WARD 3(2)"));
-        QCOMPARE(column(QStringLiteral("NOB")), QStringLiteral("24"));
-        QCOMPARE(column(QStringLiteral("RetDt")), QStringLiteral("10/10/2007"));
-        QCOMPARE(column(QStringLiteral("RetAckNo")), QStringLiteral("ACK-9"));
-        QCOMPARE(column(QStringLiteral("Calc115WJ5")), QStringLiteral("1"));
-        QCOMPARE(column(QStringLiteral("Amt115WJ5")), QStringLiteral("800"));
     }
 
     void loadFromPreviousYear_data()
@@ -223,37 +234,27 @@ private slots:
             modbase().TYear = kYear;
         }
         if (rowThisYear)
-            insertFiledRow(kYear);
+            insertFiledRow();
         AddInfoRecord r = openRecord(AddInfoEdition::First);
         const AddInfoValues before = r.values;
-        const QString markerBefore = r.marker;
 
-        // WHEN the user loads last year's answers and saves
+        // WHEN the user loads last year's answers
         const bool found = r.READDATA(true);
 
         // THEN the marker is as the normal load left it and the screen has last year's answers, or is unchanged
         QCOMPARE(found, rowLastYear);
-        QCOMPARE(r.marker, markerBefore);
+        QCOMPARE(r.marker, rowThisYear ? QStringLiteral("1") : QString());
         AddInfoValues lastYear = sampleAnswers();
-        lastYear.dt44ABC.clear();    // not kept: 44AB(c) was not ticked
-        lastYear.calc115WJ5 = true; // what the first edition writes for 115WJ(5)
-        lastYear.amt115WJ5 = QStringLiteral("0");
+        lastYear.dt44ABC.clear();                 // not kept: 44AB(c) was not ticked
+        lastYear.amt115WJ5 = QStringLiteral("0"); // what the first edition writes for 115WJ(5)
         QCOMPARE(r.values, rowLastYear ? lastYear : before);
-        if (!rowLastYear)
-            return;
-        r.SAVEDATA();
-        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("tyear=2007")), 1);
-        QCOMPARE(column(QStringLiteral("Ward")), QStringLiteral("WARD 3(2)"));
-        QCOMPARE(column(QStringLiteral("RetAckNo")), rowThisYear ? QStringLiteral("ACK-9") : QString());
-        // last year's row is never touched
-        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("tyear=2006")), 1);
     }
 
     void natureOfBusinessDigits_data()
     {
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("ticked"); // one character per box
-        QTest::newRow("trading and services") << "24" << "010100";
+        QTest::newRow("none: the first edition refuses to save") << "" << "000000";
         QTest::newRow("all six") << "123456" << "111111";
         QTest::newRow("others only") << "6" << "000001";
         QTest::newRow("out of order") << "51" << "100010";
@@ -264,27 +265,21 @@ private slots:
         QFETCH(QString, stored);
         QFETCH(QString, ticked);
         // GIVEN a row whose nature of business is the stored text
-        insertFiledRow(kYear);
+        insertFiledRow();
         c().execute(QStringLiteral("update FBT_AddInfo set NOB=") + QStringLiteral("'%1'").arg(stored));
         // WHEN it is loaded
         AddInfoRecord r = openRecord(AddInfoEdition::First);
-        // THEN exactly the matching boxes are ticked, and saving writes them in box order
+        // THEN exactly the matching boxes are ticked, and saving writes them in box order (none: nothing)
         QString got;
         for (bool b : r.values.nob)
             got += b ? QLatin1Char('1') : QLatin1Char('0');
         QCOMPARE(got, ticked);
-        r.SAVEDATA();
+        test::StatementRecorder recorder;
+        QCOMPARE(r.SAVEDATA(), stored.isEmpty() ? AddInfoRecord::SaveResult::NoNatureOfBusiness : AddInfoRecord::SaveResult::Saved);
+        QCOMPARE(recorder.writes().isEmpty(), stored.isEmpty());
         QString inOrder = stored;
         std::sort(inOrder.begin(), inOrder.end());
         QCOMPARE(column(QStringLiteral("NOB")), inOrder);
-    }
-
-    void withoutNatureOfBusinessNothingIsWritten()
-    {
-        AddInfoRecord r = openRecord(AddInfoEdition::First);
-        r.values.ward = QStringLiteral("W");
-        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::NoNatureOfBusiness);
-        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 0);
     }
 
     void valueRules_data()
@@ -295,22 +290,10 @@ private slots:
         using Edit = std::function<void(AddInfoValues&)>;
         QTest::newRow("interest upto ticked, no date") << "IntDt" << "todate"
                                                        << Edit([](AddInfoValues& v) { v.intDt.clear(); });
-        QTest::newRow("interest upto unticked") << "IntDt" << "" << Edit([](AddInfoValues& v) { v.intUpto = false; });
-        QTest::newRow("115WK unticked stores 0") << "concat(Calc115WK,'/',Amt115WK)" << "0/0"
-                                                 << Edit([](AddInfoValues& v) { v.calc115WK = false; });
-        QTest::newRow("115WJ unticked stores 0") << "concat(Calc115WJ,'/',Amt115WJ)" << "0/0"
-                                                 << Edit([](AddInfoValues& v) { v.calc115WJ = false; });
-        QTest::newRow("original return drops receipt") << "concat(RevRet,'/',RevRecNo,'/',RevRecDt)" << "0//"
-                                                       << Edit([](AddInfoValues& v) { v.revRet = false; });
-        QTest::newRow("44AB unticked drops its date") << "concat(Ac44AB,'/',Dt44AB)" << "0/"
-                                                      << Edit([](AddInfoValues& v) { v.ac44AB = false; });
-        QTest::newRow("44AB(c) ticked keeps its date") << "Dt44ABC" << "01/01/2007"
-                                                       << Edit([](AddInfoValues& v) { v.ac44ABC = true; });
         QTest::newRow("employees only in India counted twice") << "concat(IndiaEmp,'/',TotalEmp)" << "40/40"
                                                                << Edit([](AddInfoValues& v) { v.empBoth = false; });
         QTest::newRow("non-numeric amount is 0") << "Amt115WK" << "0" << Edit([](AddInfoValues& v) { v.amt115WK = "ABC"; });
         QTest::newRow("leading number of an amount") << "Amt115WK" << "12.5" << Edit([](AddInfoValues& v) { v.amt115WK = "12.5.3"; });
-        QTest::newRow("no change of address") << "ChAdd" << "0" << Edit([](AddInfoValues& v) { v.chAdd = false; });
         QTest::newRow("quote in a text") << "Ward" << "O'NEIL \\ 'X'" << Edit([](AddInfoValues& v) { v.ward = "O'NEIL \\ 'X'"; });
     }
 
@@ -338,81 +321,47 @@ private slots:
         }
     }
 
-    void todateReloadsAsATickWithoutDate()
+    void nullAmountsAndTodateLeaveTheirBoxes()
     {
-        AddInfoRecord r = openRecord(AddInfoEdition::First);
-        r.values = sampleAnswers();
-        r.values.intDt.clear();
-        r.SAVEDATA();
-        AddInfoRecord again = openRecord(AddInfoEdition::First);
-        QVERIFY(again.values.intUpto);
-        QCOMPARE(again.values.intDt, QString());
-    }
-
-    void nullAmountsLeaveTheirBoxes()
-    {
-        insertFiledRow(kYear);
-        c().execute(QStringLiteral("update FBT_AddInfo set Amt115WK=NULL, IndiaEmp=NULL, Ward=NULL"));
+        // GIVEN a row with null amounts, a null text and interest up to the date of calculation
+        insertFiledRow();
+        c().execute(QStringLiteral("update FBT_AddInfo set Amt115WK=NULL, IndiaEmp=NULL, Ward=NULL, IntDt='todate'"));
         AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
         r.values.amt115WK = QStringLiteral("99");
         r.values.indiaEmp = QStringLiteral("5");
         r.values.ward = QStringLiteral("TYPED");
+        r.values.intDt = QStringLiteral("01/04/2007");
+        // WHEN it is read THEN the amounts and the date box keep what they had; the text is emptied
         r.READDATA(false);
         QCOMPARE(r.values.amt115WK, QStringLiteral("99"));
         QCOMPARE(r.values.indiaEmp, QStringLiteral("5"));
         QCOMPARE(r.values.ward, QString());
         QCOMPARE(r.values.totalEmp, QStringLiteral("7"));
-    }
-
-    void secondEditionInsertsItsOwnColumnsAndReplacesMiscInf()
-    {
-        // GIVEN a year before 2008 without rows, opened by the second edition
-        AddInfoRecord r = openRecord(AddInfoEdition::Second);
-        r.values = sampleAnswers();
-        r.values.calc115WJ5 = false;
-        r.values.amt115WJ5 = QStringLiteral("77");
-        r.misc.repAss = true;
-        r.misc.rep[0] = QStringLiteral("REP NAME");
-        r.misc.rep[7] = QStringLiteral("GOA");
-        r.misc.opt44AB = true;
-        r.misc.auditor[3] = QStringLiteral("ABCDE1234F");
-        r.misc.auditor[11] = QStringLiteral("01/05/2007");
-        r.misc.nameChanged = true;
-        r.misc.oldName = QStringLiteral("OLD & CO");
-        // WHEN it is saved twice
-        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
-        r.SAVEDATA();
-        // THEN the first edition's questions are blank, 115WJ(5) is written, and one FBT_MiscInf row holds the pages
-        QCOMPARE(column(QStringLiteral("concat(ChAdd,'/',OldWard,'/',NOB,'/',Ac44AA,'/',Ac44ABC,'/',DtRel1,'/',PEOut)")),
-                 QStringLiteral("0//////"));
-        QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("0/0"));
-        QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), 1);
-        QCOMPARE(column(QStringLiteral("concat(RepAss,Var0_0,'/',Var0_7,'/',Opt44AA,Opt44AB,'/',Var1_3,'/',Var1_11,'/',Var2_0,Var2_1)"),
-                        kYear, QStringLiteral("FBT_MiscInf")),
-                 QStringLiteral("1REP NAME/GOA/01/ABCDE1234F/01/05/2007/1OLD & CO"));
-        // AND a fresh load gives the same pages back
-        AddInfoRecord again = openRecord(AddInfoEdition::Second);
-        QCOMPARE(again.misc, r.misc);
-        QCOMPARE(again.marker, QStringLiteral("1"));
+        QVERIFY(r.values.intUpto);
+        QCOMPARE(r.values.intDt, QStringLiteral("01/04/2007"));
     }
 
     void eachEditionKeepsTheOthersColumns()
     {
-        // GIVEN a row written by the first edition, with 115WJ(5) set by the second
+        // GIVEN a filed row of the year, updated by the first edition
+        insertFiledRow();
         AddInfoRecord first = openRecord(AddInfoEdition::First);
         first.values = sampleAnswers();
         first.values.ac44ABC = true;
         first.SAVEDATA();
+        // THEN the register's columns and the second edition's 115WJ(5) stay
+        QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo")), 1);
+        QCOMPARE(column(QStringLiteral("concat(NOB,'/',RetDt,'/',RetAckNo,'/',Calc115WJ5,'/',Amt115WJ5)")),
+                 QStringLiteral("24/10/10/2007/ACK-9/1/800"));
         AddInfoRecord second = openRecord(AddInfoEdition::Second);
         QCOMPARE(second.values.nob, sampleAnswers().nob);
         second.values.ward = QStringLiteral("NEW WARD");
-        second.values.calc115WJ5 = true;
         second.values.amt115WJ5 = QStringLiteral("450");
         // WHEN the second edition saves it
         second.SAVEDATA();
-        // THEN the first edition's answers stay
-        QCOMPARE(column(QStringLiteral("concat(Ward,'/',ChAdd,'/',OldWard,'/',NOB,'/',Ac44ABC,'/',Dt44ABC,'/',DtRel2)")),
-                 QStringLiteral("NEW WARD/1/WARD 1/24/1/01/01/2007/1"));
+        // THEN the first edition's answers and the register's stay
+        QCOMPARE(column(QStringLiteral("concat(Ward,'/',ChAdd,'/',OldWard,'/',NOB,'/',Ac44ABC,'/',Dt44ABC,'/',DtRel2,'/',RetAckNo)")),
+                 QStringLiteral("NEW WARD/1/WARD 1/24/1/01/01/2007/1/ACK-9"));
         QCOMPARE(column(QStringLiteral("concat(Calc115WJ5,'/',Amt115WJ5)")), QStringLiteral("1/450"));
         // WHEN the first edition saves it again
         AddInfoRecord firstAgain = openRecord(AddInfoEdition::First);
@@ -436,7 +385,7 @@ private slots:
     {
         QFETCH(QString, lost);
         // GIVEN the year's row in a table that has lost one column
-        insertFiledRow(kYear);
+        insertFiledRow();
         c().execute(QStringLiteral("alter table FBT_AddInfo drop column ") + lost);
         // WHEN the record is read
         AddInfoRecord r(AddInfoEdition::First, QStringLiteral("frmaddinfo"));
