@@ -322,23 +322,6 @@ private slots:
         QCOMPARE(gridColumn(*form, 6), (QStringList{"", ""}));
         (*db)->execute(QStringLiteral("drop table FBT_BankDet"));
     }
-
-    void showBankDetIsModal()
-    {
-        // GIVEN an account, and a user who reads the grid and leaves with Back
-        seedAccounts(**db, kYear, 1, 1);
-        QStringList seen;
-        QTimer::singleShot(0, this, [&] {
-            QWidget* modal = QApplication::activeModalWidget();
-            QVERIFY(modal);
-            seen << modal->objectName() << QString::number(child<QTableWidget>(*modal, "vsf1")->rowCount());
-            QTest::mouseClick(child<QPushButton>(*modal, "cmdback"), Qt::LeftButton);
-        });
-        // WHEN the additional information screens' entry is called
-        showBankDet(nullptr);
-        // THEN it showed frmbankdet for the context's client and year and returned once closed
-        QCOMPARE(seen, (QStringList{"frmbankdet", "1"}));
-    }
 };
 
 CORVANE_TEST_CLASS(BankAccountsScreenTest)
