@@ -80,6 +80,15 @@ inline std::shared_ptr<ScriptedPrompter> startAfresh(TestDatabase& db, const QSt
     return installPrompter();
 }
 
+// The first value of each row a query gives.
+inline QStringList values(Connection& c, const QString& sql)
+{
+    QStringList out;
+    for (const auto& r : c.query(sql).rows)
+        out << r.value(0).toString();
+    return out;
+}
+
 inline void insertBank(Connection& c, int code, const QString& name, const QString& branch, const QString& branchCode)
 {
     c.execute(QStringLiteral("insert into Bank_Master values (%1, %2, %3, %4)")

@@ -171,15 +171,9 @@ private slots:
         first.setCode(QStringLiteral("A001"));
         first.setTYear(2008);
         first.setAppPath(QStringLiteral("/srv/fbt"));
-        first.setvTmpPath(QStringLiteral("/tmp/fbt/"));
-        first.setstatus(3);
-        first.setCap(QStringLiteral("caption"));
         QCOMPARE(second.Code(), QStringLiteral("A001"));
         QCOMPARE(second.TYear(), qint16(2008));
         QCOMPARE(second.AppPath(), QStringLiteral("/srv/fbt"));
-        QCOMPARE(second.vTmpPath(), QStringLiteral("/tmp/fbt/"));
-        QCOMPARE(second.status(), qint16(3));
-        QCOMPARE(second.Cap(), QStringLiteral("caption"));
         second.setCode(QStringLiteral("B002"));
         QCOMPARE(first.Code(), QStringLiteral("B002"));
         QVERIFY(!first.CnnObj());

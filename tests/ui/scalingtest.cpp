@@ -220,24 +220,25 @@ private slots:
         QVERIFY(test::logLines().isEmpty());
     }
 
-    void theFormIsMovedWhenAsked()
+    void theFormIsMovedOnlyWhenAsked_data()
     {
+        QTest::addColumn<float>("ratio"); // across; down is 1.25 or 1 with it
+        QTest::addColumn<QRect>("designed"); // the place and the size before the layout's wishes
+        QTest::addColumn<QRect>("placed");   // the control placed by hand
+        QTest::newRow("moved and grown") << 1.5f << QRect(15, 25, 600, 375) << QRect(15, 13, 150, 38);
+        QTest::newRow("ratios of one change nothing") << 1.0f << QRect(10, 20, 400, 300) << QRect(10, 10, 100, 30);
+    }
+    void theFormIsMovedOnlyWhenAsked()
+    {
+        QFETCH(float, ratio);
+        QFETCH(QRect, designed);
+        QFETCH(QRect, placed);
         largeDesktopFont();
         Form f;
-        setRatios(1.5f, 1.25f, 1.0f);
+        setRatios(ratio, ratio == 1.0f ? 1.0f : 1.25f, 1.0f);
         Resize_For_Resolution(&f.form, true);
-        QCOMPARE(f.form.geometry(), QRect(QPoint(15, 25), QSize(600, 375).expandedTo(f.form.sizeHint())));
-    }
-
-    void ratiosOfOneChangeNothing()
-    {
-        Form f;
-        setRatios(1.0f, 1.0f, 1.0f);
-        Resize_For_Resolution(&f.form, true);
-        QCOMPARE(f.form.geometry(), QRect(QPoint(10, 20), QSize(400, 300).expandedTo(f.form.sizeHint())));
-        QCOMPARE(f.title->font().pointSizeF(), 10.0);
-        QCOMPARE(f.grid->columnWidth(0), 100);
-        QCOMPARE(f.placed->geometry(), QRect(10, 10, 100, 30));
+        QCOMPARE(f.form.geometry(), QRect(designed.topLeft(), designed.size().expandedTo(f.form.sizeHint())));
+        QCOMPARE(f.placed->geometry(), placed);
     }
 
     void aFormNeverOutgrowsTheScreen()
