@@ -70,24 +70,16 @@ private slots:
         QVERIFY(!form.mnupreview()->isEnabled());
     }
 
-    void selectAndDeselectAll()
+    void nothingTickedIsRefused()
     {
-        IniFile::write(confg(), "Settings", "ClDet", "100000000");
+        // GIVEN a saved choice, every box ticked and then every box unticked
+        IniFile::write(confg(), "Settings", "ClDet", "110000000");
         frmcldet form;
         form.show();
         click(form, "cmdselall");
         QCOMPARE(ticks(form), QStringLiteral("111111111"));
         click(form, "cmddselall");
         QCOMPARE(ticks(form), QStringLiteral("000000000"));
-    }
-
-    void nothingTickedIsRefused()
-    {
-        // GIVEN a saved choice and every box unticked
-        IniFile::write(confg(), "Settings", "ClDet", "110000000");
-        frmcldet form;
-        form.show();
-        click(form, "cmddselall");
         // WHEN Proceed is clicked
         click(form, "cmdProceed");
         // THEN the message says so, the setup stays and the saved choice is kept
