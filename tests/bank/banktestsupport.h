@@ -58,11 +58,7 @@ public:
         script().calls << QStringLiteral("GetMICR(%1)").arg(BankName);
         Result = script().answer;
     }
-    void GetPANTANAoCode(const QString& City, bool, QStringList& Result) override
-    {
-        script().calls << QStringLiteral("GetPANTANAoCode(%1)").arg(City);
-        Result = script().answer;
-    }
+    void GetPANTANAoCode(const QString&, bool, QStringList&) override {} // no bank screen asks for an officer
 };
 
 inline const QString kClient = QStringLiteral("A001");
