@@ -44,12 +44,6 @@ protected:
             std::exchange(interrupt_, nullptr)();
         return QBuffer::readData(data, maxSize);
     }
-    qint64 readLineData(char* data, qint64 maxSize) override
-    {
-        if (interrupt_ && pos() >= at_)
-            std::exchange(interrupt_, nullptr)();
-        return QBuffer::readLineData(data, maxSize);
-    }
 
 private:
     QByteArray data_;

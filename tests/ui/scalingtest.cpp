@@ -163,7 +163,6 @@ private slots:
         QVERIFY(SaveSettingINI(QStringLiteral("ScrReso"), QStringLiteral("X"), QStringLiteral("1024")));
         QVERIFY(SaveSettingINI(QStringLiteral("ScrReso"), QStringLiteral("Y"), QStringLiteral("768")));
         QVERIFY(SaveSettingINI(QStringLiteral("ScrReso"), QStringLiteral("DPI"), QStringLiteral("120")));
-        QVERIFY(QFileInfo::exists(dir_->path() + QStringLiteral("/ORVCONFIG.INI")));
 
         // WHEN the host asks for the measurement
         ClsMain host;
