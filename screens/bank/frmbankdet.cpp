@@ -14,7 +14,6 @@
 #include <QFocusEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QPointer>
 #include <QTimer>
 
 namespace corvane {
@@ -364,16 +363,6 @@ bool frmbankdet::eventFilter(QObject* watched, QEvent* event)
         }
     }
     return QDialog::eventFilter(watched, event);
-}
-
-void showBankDet(QWidget* parent)
-{
-    // One instance while it is shown; closing it unloads it, so the next call loads afresh.
-    static QPointer<frmbankdet> instance;
-    if (!instance)
-        instance = new frmbankdet(parent);
-    instance->exec();
-    delete instance;
 }
 
 } // namespace corvane

@@ -70,7 +70,4 @@ private:
     bool checkingMicr_ = false;
 };
 
-// Shows frmbankdet modally for the context's Code and TYear; returns when it is closed.
-void showBankDet(QWidget* parent);
-
 } // namespace corvane

@@ -16,18 +16,12 @@ class BankServiceTest : public QObject {
     std::unique_ptr<TestDatabase> db;
     std::shared_ptr<ScriptedPrompter> prompts;
 
-    QString column(const QString& sql)
-    {
-        QStringList cells;
-        for (const auto& r : (*db)->query(sql).rows)
-            cells << r.value(0).toString();
-        return cells.join(QLatin1Char(','));
-    }
     // "SrNo|bank|account|default" of the client's accounts of a year.
     QString accounts()
     {
-        return column(QStringLiteral("select concat_ws('|', SrNo, BankName, AccNo, DefAcc) from FBT_BankDet where code_no = '%1' and Yr = %2 order by SrNo")
-                          .arg(kClient).arg(kYear));
+        return values(**db, QStringLiteral("select concat_ws('|', SrNo, BankName, AccNo, DefAcc) from FBT_BankDet where code_no = '%1' and Yr = %2 order by SrNo")
+                                .arg(kClient).arg(kYear))
+            .join(QLatin1Char(','));
     }
 
 private slots:
@@ -95,7 +89,7 @@ private slots:
 
         QCOMPARE(recorder.sequence(), writes);
         QCOMPARE(refusal.contains(QStringLiteral("Bank Name is too long")), action == QLatin1String("add") && writes.isEmpty());
-        QCOMPARE(column(QStringLiteral("select bank_name from Bank_Master order by bank_code_no")), names);
+        QCOMPARE(values(**db, QStringLiteral("select bank_name from Bank_Master order by bank_code_no")).join(QLatin1Char(',')), names);
         QCOMPARE(bank.current(guard).value(0), shown);
         if (!writes.isEmpty() && action != QLatin1String("delete") && names.contains(fields.at(1)))
             QCOMPARE(db->scalar(QStringLiteral("select concat_ws('|', branch, branch_code) from Bank_Master where bank_name = ") + sqlQuote(fields.at(1))),

@@ -58,11 +58,7 @@ public:
         script().calls << QStringLiteral("GetMICR(%1)").arg(BankName);
         Result = script().answer;
     }
-    void GetPANTANAoCode(const QString& City, bool, QStringList& Result) override
-    {
-        script().calls << QStringLiteral("GetPANTANAoCode(%1)").arg(City);
-        Result = script().answer;
-    }
+    void GetPANTANAoCode(const QString&, bool, QStringList&) override {} // no bank screen asks for an officer
 };
 
 inline const QString kClient = QStringLiteral("A001");
@@ -78,6 +74,15 @@ inline std::shared_ptr<ScriptedPrompter> startAfresh(TestDatabase& db, const QSt
     modbase().Code = kClient;
     modbase().TYear = kYear;
     return installPrompter();
+}
+
+// The first value of each row a query gives.
+inline QStringList values(Connection& c, const QString& sql)
+{
+    QStringList out;
+    for (const auto& r : c.query(sql).rows)
+        out << r.value(0).toString();
+    return out;
 }
 
 inline void insertBank(Connection& c, int code, const QString& name, const QString& branch, const QString& branchCode)

@@ -45,26 +45,56 @@ private slots:
 
     void init() { prompts = startAfresh(*db, {QStringLiteral("Bank_Master")}); }
 
-    void browsing_data()
+    void buttons_data()
     {
-        QTest::addColumn<QString>("buttons");
-        QTest::addColumn<QString>("code");
-        QTest::newRow("loading shows the first") << "" << "1";
-        QTest::newRow("next") << "cmdnext" << "2";
-        QTest::newRow("last, previous") << "cmdlast,cmdprev" << "2";
-        QTest::newRow("first after moving") << "cmdnext,cmdnext,cmdfirst" << "1";
+        QTest::addColumn<QString>("buttons"); // "type" fills the bank, branch and branch code
+        QTest::addColumn<int>("answer");      // to Delete's question; -1: not asked
+        QTest::addColumn<QString>("code");    // shown afterwards
+        QTest::addColumn<QString>("names");   // stored, in code order
+        const QString three = QStringLiteral("BANK 1,BANK 2,BANK 3");
+        const int yes = int(Prompter::Answer::Yes), no = int(Prompter::Answer::No);
+        QTest::newRow("loading shows the first") << "" << -1 << "1" << three;
+        QTest::newRow("last, previous") << "cmdlast,cmdprev" << -1 << "2" << three;
+        QTest::newRow("next, next, first") << "cmdnext,cmdnext,cmdfirst" << -1 << "1" << three;
+        QTest::newRow("add: stored under the proposed code and shown")
+            << "cmdadd,type,cmdupdate" << -1 << "4" << three + ",TYPED BANK";
+        QTest::newRow("modify a middle record: stored, shown again")
+            << "cmdnext,cmdmodify,type,cmdupdate" << -1 << "2" << "BANK 1,TYPED BANK,BANK 3";
+        QTest::newRow("add, Cancel: nothing written, the shown record back") << "cmdnext,cmdadd,type,cmdcancel" << -1 << "2" << three;
+        QTest::newRow("delete, Yes: the next shows") << "cmdnext,cmddelete" << yes << "3" << "BANK 1,BANK 3";
+        QTest::newRow("delete, No: kept") << "cmdnext,cmddelete" << no << "2" << three;
     }
-    void browsing()
+    void buttons()
     {
         QFETCH(QString, buttons);
+        QFETCH(int, answer);
         QFETCH(QString, code);
-        // GIVEN three records; WHEN the navigation buttons are clicked
+        QFETCH(QString, names);
+        // GIVEN three records; WHEN the buttons are clicked, a record typed after Add or Modify
         seedBanks(**db, 3);
         auto form = open();
-        clicks(*form, buttons);
-        // THEN the record in that place shows in all four fields, and nothing was logged
-        QCOMPARE(shown(*form), (QStringList{code, "BANK " + code, "BRANCH " + code, "BC" + code}));
-        QVERIFY(browsing(*form));
+        if (answer >= 0)
+            prompts->then(Prompter::Answer(answer));
+        for (const QString& b : buttons.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            if (b != QLatin1String("type")) {
+                click(*form, b.toLatin1().constData());
+                continue;
+            }
+            QVERIFY(editing(*form));
+            QCOMPARE(form->adding(), buttons.contains(QLatin1String("cmdadd")));
+            form->txtfields().at(1)->setText(QStringLiteral("TYPED BANK"));
+            form->txtfields().at(2)->setText(QStringLiteral("NEW BRANCH"));
+            form->txtfields().at(3)->setText(QStringLiteral("NB001"));
+        }
+        // THEN the register holds what it should, and the screen browses on the record of that code,
+        // a typed one with each field where it was typed
+        QCOMPARE(values(**db, QStringLiteral("select bank_name from Bank_Master order by bank_code_no")).join(QLatin1Char(',')), names);
+        const QStringList record = values(**db, "select concat_ws('|', bank_code_no, bank_name, branch, branch_code) from Bank_Master where bank_code_no = " + code);
+        QCOMPARE(shown(*form), record.value(0).split(QLatin1Char('|')));
+        if (shown(*form).at(1) == QLatin1String("TYPED BANK"))
+            QCOMPARE(shown(*form).mid(2), (QStringList{"NEW BRANCH", "NB001"}));
+        QVERIFY(browsing(*form) && !form->adding());
+        QCOMPARE(prompts->texts(), answer < 0 ? QStringList() : QStringList{QStringLiteral("Do you want to delete this record ?")});
         QCOMPARE(logLines(), QStringList());
     }
 
@@ -75,73 +105,6 @@ private slots:
         click(*form, "cmddelete");
         QVERIFY(browsing(*form));
         QCOMPARE(prompts->texts(), QStringList());
-    }
-
-    void update_data()
-    {
-        QTest::addColumn<QString>("buttons"); // before Add or Modify
-        QTest::addColumn<QString>("code");    // proposed or shown, and stored
-        QTest::addColumn<QString>("last");    // Update or Cancel
-        QTest::newRow("add: the typed record is stored and shown") << "cmdadd" << "4" << "cmdupdate";
-        QTest::newRow("modify a middle record: stored, shown again") << "cmdnext,cmdmodify" << "2" << "cmdupdate";
-        QTest::newRow("add, Cancel: nothing written, the shown record back") << "cmdnext,cmdadd" << "4" << "cmdcancel";
-    }
-    void update()
-    {
-        QFETCH(QString, buttons);
-        QFETCH(QString, code);
-        QFETCH(QString, last);
-        // GIVEN three records, and a record typed after Add or Modify
-        seedBanks(**db, 3);
-        auto form = open();
-        clicks(*form, buttons);
-        QVERIFY(editing(*form));
-        QCOMPARE(form->adding(), buttons.endsWith(QLatin1String("cmdadd")));
-        QCOMPARE(form->txtfields().at(0)->text(), code);
-        form->txtfields().at(1)->setText(QStringLiteral("TYPED BANK"));
-        form->txtfields().at(2)->setText(QStringLiteral("NEW BRANCH"));
-        form->txtfields().at(3)->setText(QStringLiteral("NB001"));
-        click(*form, last.toLatin1().constData());
-        // THEN the four fields are stored under the code and the screen browses on that record;
-        // after Cancel nothing is written and the record shown before is back
-        const bool saved = last == QLatin1String("cmdupdate");
-        QCOMPARE(db->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name = 'TYPED BANK'")), saved ? 1 : 0);
-        QCOMPARE(db->count(QStringLiteral("Bank_Master")), saved && code == QLatin1String("4") ? 4 : 3);
-        if (saved)
-            QCOMPARE(db->scalar("select concat_ws('|', bank_code_no, bank_name, branch, branch_code) from Bank_Master where bank_code_no = " + code),
-                     code + QStringLiteral("|TYPED BANK|NEW BRANCH|NB001"));
-        QCOMPARE(shown(*form), (saved ? QStringList{code, "TYPED BANK", "NEW BRANCH", "NB001"} : QStringList{"2", "BANK 2", "BRANCH 2", "BC2"}));
-        QVERIFY(browsing(*form) && !form->adding());
-        QCOMPARE(prompts->texts(), QStringList());
-        QCOMPARE(logLines(), QStringList());
-    }
-
-    void deletion_data()
-    {
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QString>("shownCode");
-        QTest::newRow("Yes deletes it, the next shows") << true << "3";
-        QTest::newRow("No keeps it") << false << "2";
-    }
-    void deletion()
-    {
-        QFETCH(bool, yes);
-        QFETCH(QString, shownCode);
-        // GIVEN the second of three records shown
-        seedBanks(**db, 3);
-        auto form = open();
-        click(*form, "cmdnext");
-        // WHEN Delete is clicked and the question answered
-        prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
-        click(*form, "cmddelete");
-        // THEN the question was asked with the stop icon, and the record is gone or kept
-        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to delete this record ?")});
-        QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Critical);
-        QCOMPARE(prompts->asked().front().buttons, Prompter::Buttons::YesNo);
-        QCOMPARE(db->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_code_no = 2")), yes ? 0 : 1);
-        QCOMPARE(db->count(QStringLiteral("Bank_Master")), yes ? 2 : 3);
-        QCOMPARE(form->txtfields().at(0)->text(), shownCode);
-        QCOMPARE(logLines(), QStringList());
     }
 
     void search_data()

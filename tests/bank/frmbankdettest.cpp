@@ -20,16 +20,9 @@ class BankAccountsScreenTest : public QObject {
     // "SrNo|bank|address|MICR|type|account|ECS|default" for each stored row of the year.
     QStringList stored()
     {
-        QStringList rows;
-        const auto result = (*db)->query(QStringLiteral("select * from FBT_BankDet where code_no = '%1' and Yr = %2 order by SrNo")
-                                             .arg(kClient).arg(kYear));
-        for (const auto& r : result.rows) {
-            QStringList cells;
-            for (int i = 2; i < r.size(); ++i)
-                cells << r.at(i).toString();
-            rows << cells.join(QLatin1Char('|'));
-        }
-        return rows;
+        return values(**db, QStringLiteral("select concat_ws('|', SrNo, BankName, BranchAdd, MICR, AccType, AccNo, ECS, DefAcc) "
+                                           "from FBT_BankDet where code_no = '%1' and Yr = %2 order by SrNo")
+                                .arg(kClient).arg(kYear));
     }
     std::unique_ptr<frmbankdet> open() { return openActive<frmbankdet>(); }
     static QTableWidget* grid(frmbankdet& form) { return child<QTableWidget>(form, "vsf1"); }
@@ -76,67 +69,54 @@ private slots:
         QVERIFY(!child<QCheckBox>(*form, "Check2")->isChecked());
     }
 
-    void update_data()
+    void entries_data()
     {
-        QTest::addColumn<int>("row"); // modified, or -1 for Add
+        QTest::addColumn<int>("accounts"); // stored before, the last the default; the second is selected
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("answer");   // to Delete's question; -1: not asked
         QTest::addColumn<QStringList>("rows");
-        QTest::addColumn<QString>("focus");
-        const QString typed = QStringLiteral("HDFC BANK LTD|FORT, MUMBAI|400240015|CURRENT|00991|Y|");
-        QTest::newRow("add to an empty list: the default") << -1 << QStringList{"1|" + typed + "Y"} << "cmdadd";
-        QTest::newRow("modify the second, default ticked")
-            << 1 << QStringList{"1|BANK 1|ADDRESS 1|400240011|SAVINGS|ACC1|N|N", "2|" + typed + "Y"} << "cmdmodify";
+        const QString typed = QStringLiteral("HDFC BANK LTD|FORT, MUMBAI|400240015|CURRENT|00991|Y|Y");
+        auto seeded = [](int n, const char* isDefault) {
+            return QStringLiteral("BANK %1|ADDRESS %1|40024001%1|SAVINGS|ACC%1|N|").arg(n) + QLatin1String(isDefault);
+        };
+        const int yes = int(Prompter::Answer::Yes), no = int(Prompter::Answer::No);
+        QTest::newRow("add to an empty list: the default") << 0 << "cmdadd" << -1 << QStringList{"1|" + typed};
+        QTest::newRow("modify the second, default ticked") << 2 << "cmdmodify" << -1 << QStringList{"1|" + seeded(1, "N"), "2|" + typed};
+        QTest::newRow("delete the second, Yes") << 3 << "cmddelete" << yes << QStringList{"1|" + seeded(1, "N"), "2|" + seeded(3, "Y")};
+        QTest::newRow("delete, No keeps every one")
+            << 3 << "cmddelete" << no << QStringList{"1|" + seeded(1, "N"), "2|" + seeded(2, "N"), "3|" + seeded(3, "Y")};
     }
-    void update()
+    void entries()
     {
-        QFETCH(int, row);
+        QFETCH(int, accounts);
+        QFETCH(QString, button);
+        QFETCH(int, answer);
         QFETCH(QStringList, rows);
-        QFETCH(QString, focus);
-        // GIVEN an account typed after Add, or over a selected one after Modify
-        seedAccounts(**db, kYear, row + 1, 1);
+        // GIVEN accounts, the second selected; WHEN one is typed after Add or Modify, or Delete is answered
+        seedAccounts(**db, kYear, accounts, accounts);
         auto form = open();
-        select(*form, row);
-        click(*form, row < 0 ? "cmdadd" : "cmdmodify");
-        QVERIFY(form->editing());
-        QCOMPARE(form->editMode(), qint16(row < 0 ? -1 : 0));
-        typeAccount(*form, QStringLiteral("HDFC BANK LTD"), QStringLiteral("400240015"));
-        child<QCheckBox>(*form, "Check2")->setChecked(row >= 0);
-        click(*form, "cmdupdate");
-        // THEN every field is stored in its place, the grid shows the stored defaults, and the entry is over
+        select(*form, accounts > 1 ? 1 : -1);
+        if (answer >= 0)
+            prompts->then(Prompter::Answer(answer));
+        click(*form, button.toLatin1().constData());
+        if (button != QLatin1String("cmddelete")) {
+            QVERIFY(form->editing());
+            QCOMPARE(form->editMode(), qint16(button == QLatin1String("cmdadd") ? -1 : 0));
+            typeAccount(*form, QStringLiteral("HDFC BANK LTD"), QStringLiteral("400240015"));
+            child<QCheckBox>(*form, "Check2")->setChecked(button == QLatin1String("cmdmodify"));
+            click(*form, "cmdupdate");
+            QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, button));
+        }
+        // THEN every field is stored in its place, the grid shows the stored banks and defaults, and the entry is over
         QCOMPARE(stored(), rows);
-        QStringList defaults;
-        for (const QString& r : rows)
-            defaults << r.section(QLatin1Char('|'), 7, 7);
-        QCOMPARE(gridColumn(*form, 6), defaults);
+        for (int column : {0, 6}) {
+            QStringList cells;
+            for (const QString& r : rows)
+                cells << r.section(QLatin1Char('|'), column + 1, column + 1);
+            QCOMPARE(gridColumn(*form, column), cells);
+        }
         QVERIFY(!form->editing());
-        QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, focus.toLatin1().constData()));
-    }
-
-    void deletion_data()
-    {
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<QStringList>("banks"); // what stays, in SrNo order
-        QTest::newRow("Yes deletes the selected one") << true << QStringList{"BANK 1", "BANK 3"};
-        QTest::newRow("No keeps every one") << false << QStringList{"BANK 1", "BANK 2", "BANK 3"};
-    }
-    void deletion()
-    {
-        QFETCH(bool, yes);
-        QFETCH(QStringList, banks);
-        // GIVEN three accounts, the second selected
-        seedAccounts(**db, kYear, 3, 3);
-        auto form = open();
-        select(*form, 1);
-        // WHEN it is deleted and the question answered
-        prompts->then(yes ? Prompter::Answer::Yes : Prompter::Answer::No);
-        click(*form, "cmddelete");
-        // THEN the question had its title, and the grid and the table hold the others
-        QCOMPARE(prompts->texts(), QStringList{QStringLiteral("Do you want to delele the selected item?")});
-        QCOMPARE(prompts->asked().front().title, QStringLiteral("Delete Confirmation"));
-        QStringList names;
-        for (const QString& r : stored())
-            names << r.section(QLatin1Char('|'), 1, 1);
-        QCOMPARE(names, banks);
-        QCOMPARE(gridColumn(*form, 0), banks);
+        QCOMPARE(prompts->texts(), answer < 0 ? QStringList() : QStringList{QStringLiteral("Do you want to delele the selected item?")});
     }
 
     void micrBox_data()
@@ -321,23 +301,6 @@ private slots:
         QCOMPARE(gridColumn(*form, 5), (QStringList{"N", "N"}));
         QCOMPARE(gridColumn(*form, 6), (QStringList{"", ""}));
         (*db)->execute(QStringLiteral("drop table FBT_BankDet"));
-    }
-
-    void showBankDetIsModal()
-    {
-        // GIVEN an account, and a user who reads the grid and leaves with Back
-        seedAccounts(**db, kYear, 1, 1);
-        QStringList seen;
-        QTimer::singleShot(0, this, [&] {
-            QWidget* modal = QApplication::activeModalWidget();
-            QVERIFY(modal);
-            seen << modal->objectName() << QString::number(child<QTableWidget>(*modal, "vsf1")->rowCount());
-            QTest::mouseClick(child<QPushButton>(*modal, "cmdback"), Qt::LeftButton);
-        });
-        // WHEN the additional information screens' entry is called
-        showBankDet(nullptr);
-        // THEN it showed frmbankdet for the context's client and year and returned once closed
-        QCOMPARE(seen, (QStringList{"frmbankdet", "1"}));
     }
 };
 

@@ -138,14 +138,11 @@ private slots:
         QCOMPARE(QDir(work_.path()).entryList({"*.part"}, QDir::Hidden | QDir::Files), QStringList());
     }
 
+    // Which names are refused is entryNameRules'; here, that a refused entry writes nothing.
     void hostileArchiveWritesNothingOutside_data()
     {
         QTest::addColumn<QList<RawEntry>>("entries");
         QTest::newRow("dot-dot") << QList<RawEntry>{{"../x", "evil"}};
-        QTest::newRow("dot-dot deep") << QList<RawEntry>{{"ok/../../x", "evil"}};
-        QTest::newRow("absolute") << QList<RawEntry>{{"/tmp/corvane-zip-absolute-x", "evil"}};
-        QTest::newRow("backslash route") << QList<RawEntry>{{"a\\..\\..\\x", "evil"}};
-        QTest::newRow("drive letter") << QList<RawEntry>{{"C:\\x", "evil"}};
         QTest::newRow("symbolic link then a file through it")
             << QList<RawEntry>{{"link", "..", S_IFLNK | 0777}, {"link/x", "evil"}};
         QTest::newRow("link to an absolute target") << QList<RawEntry>{{"abs", "/tmp", S_IFLNK | 0777}};
@@ -163,7 +160,6 @@ private slots:
 
         QVERIFY(zip_->UnZipMyFolder("UNZIPME", logFilePath(), archive, target) != 0);
         QCOMPARE(treeOf(area.path()), (QStringList{"hostile.zip", "inner", "inner/extract"}));
-        QVERIFY(!QFileInfo::exists("/tmp/corvane-zip-absolute-x"));
         QCOMPARE(logContexts(), QStringList{"ORVZipLib\tUNZIPME"});
         QVERIFY(logLines().first().contains("refused"));
     }
@@ -253,20 +249,6 @@ private slots:
         QFETCH(QByteArray, name);
         QFETCH(bool, refused);
         QCOMPARE(!zip::refusedEntryReason(name).isEmpty(), refused);
-    }
-
-    void missingComponentCannotBeCreated()
-    {
-        ObjectRegistry::instance().unregisterClass(kZipLibClass);
-        bool refused = false;
-        try {
-            CreateObject<ZipLib>(kZipLibClass);
-        } catch (const Failure& f) {
-            refused = f.number() == err::CannotCreateObject;
-        }
-        registerDefaultComponents();
-        QVERIFY(refused);
-        QVERIFY(CreateObject<ZipLib>(kZipLibClass));
     }
 
     // A file deflated ahead is packed from that data only while it is the
