@@ -165,6 +165,11 @@ QString PrivateServer::pidFile() const
     return baseDir() + QStringLiteral("/mysqld.pid");
 }
 
+QString PrivateServer::scratchDir() const
+{
+    return baseDir() + QStringLiteral("/tmp");
+}
+
 QString PrivateServer::logFile() const
 {
     return baseDir() + QStringLiteral("/mysqld.err");
@@ -393,7 +398,10 @@ QStringList PrivateServer::serverArguments() const
                      QStringLiteral("--sql-mode=NO_ENGINE_SUBSTITUTION"),
                      QStringLiteral("--innodb-buffer-pool-size=16M"),
                      QStringLiteral("--key-buffer-size=16M"),
-                     QStringLiteral("--skip-name-resolve")};
+                     QStringLiteral("--skip-name-resolve"),
+                     // Its temporary tables stay out of the shared temporary folder,
+                     // which cleaners may empty while the server runs.
+                     QStringLiteral("--tmpdir=") + scratchDir()};
     if (isRoot())
         args << QStringLiteral("--user=root");
     return args;
@@ -408,6 +416,7 @@ void PrivateServer::launch(const std::function<void(const QString&)>& report)
                       QStringLiteral("The private database server cannot start: the folder %1 cannot be written: %2")
                           .arg(dataDir(), reason(error)));
     }
+    QDir().mkpath(scratchDir());
     if (report)
         report(QStringLiteral("Starting the private database server in %1").arg(baseDir()));
     // What the server logs from here on is about this start.

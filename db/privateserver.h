@@ -19,6 +19,7 @@ public:
     QString socketPath() const;
     QString pidFile() const;
     QString logFile() const;
+    QString scratchDir() const; // the server's temporary tables
     // Held (flock) by the process that initialises, starts or stops the server.
     QString lockFile() const;
 
