@@ -26,12 +26,6 @@ using namespace corvane::test;
 
 namespace {
 
-// The export of a table.
-QString exportOf(const QString& root, const QString& table)
-{
-    return test::fileNamedAnyCase(root + "/Tables", table);
-}
-
 QStringList filesOf(const QString& folder)
 {
     QStringList out = QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
@@ -289,7 +283,7 @@ private slots:
                  QString("id\td\tts\tn\tx\tt\n"
                          "1\t2008-03-31\t2008-04-01 03:04:05 PM\t0\t0\t\n"
                          "2\t\t2008-04-01 12:00:09 AM\t7\t2.5\ttab\\there\n"));
-        QCOMPARE(QString::fromUtf8(readFile(exportOf(root, "TMPBILL"))), QString("a\n"));
+        QCOMPARE(QString::fromUtf8(readFile(fileNamedAnyCase(root + "/Tables", "TMPBILL"))), QString("a\n"));
     }
 
     void decliningOverwriteKeepsOldArchive()
@@ -406,8 +400,8 @@ private slots:
             QCOMPARE(prompter_->texts().last(), QString("Backup Completed."));
             QTemporaryDir out;
             const QString root = unpack(out.path());
-            QVERIFY(exportOf(root, "crashy").isEmpty());
-            QVERIFY(!exportOf(root, "valuesdemo").isEmpty());
+            QVERIFY(fileNamedAnyCase(root + "/Tables", "crashy").isEmpty());
+            QVERIFY(QFileInfo(root + "/Tables/valuesdemo").isFile());
         } else {
             QCOMPARE(prompter_->texts().last(), QString("Close the Software on All the Machines and Retry !"));
             QVERIFY(!QFileInfo::exists(archive()));
