@@ -101,7 +101,8 @@ private slots:
 
     void opensOnTheChoicesWithTheDetectedDirectories()
     {
-        // GIVEN the run's server and an application folder without the program WHEN the screen opens
+        // GIVEN the run's server and an application folder without the program
+        // WHEN the screen opens
         auto form = openActive<frmrestoration>();
         // THEN the server's data directory is chosen and fixed; the data directory is "Other" with the application path
         QCOMPARE(page(*form), 0);
@@ -165,15 +166,17 @@ private slots:
 
     void proceedListsAndRestoreRestores()
     {
-        // GIVEN the first page filled in WHEN the user proceeds
+        // GIVEN the first page filled in
+        // WHEN the user proceeds
         auto form = openReady();
         click(*form, "cmdproceed");
         // THEN the second page lists the rows of the backup from the extraction, none restored yet
         QCOMPARE(page(*form), 1);
         QCOMPARE(column(*form, 0).filter(QRegularExpression("^" + QRegularExpression::escape(extraction()))).size(), 5);
         QCOMPARE(column(*form, 3), QStringList(5, QString()));
-        // WHEN the user restores THEN every row is restored, the bar is full, and the user is told where the old data is
+        // WHEN the user restores
         click(*form, "cmdrestore");
+        // THEN every row is restored, the bar is full, and the user is told where the old data is
         QCOMPARE(column(*form, 3), QStringList(5, "Restored."));
         auto* bar = child<QProgressBar>(*form, "pg1");
         QCOMPARE(bar->value(), bar->maximum());

@@ -156,18 +156,18 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("field");
         using F = RestoreJob::Field;
+        const QString noFile = "Backup File does not Exists.";
+        const QString notMysql = "[%1] not a Valid MySql Directory.";
+        const QString notData = "[%1] not a Valid Data Directory.";
         QTest::newRow("no backup file") << "archive=" << "Please Select a Backup File." << int(F::BackupFile);
-        QTest::newRow("missing backup file") << "archive=missing.zip" << "Backup File does not Exists." << int(F::BackupFile);
-        QTest::newRow("backup file is a folder") << "archive=tmp" << "Backup File does not Exists." << int(F::BackupFile);
+        QTest::newRow("missing backup file") << "archive=missing.zip" << noFile << int(F::BackupFile);
+        QTest::newRow("backup file is a folder") << "archive=tmp" << noFile << int(F::BackupFile);
         QTest::newRow("no MySQL directory") << "mysql=" << "Please Specify MySql Directory." << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory without mysql") << "mysql=app" << "[%1] not a Valid MySql Directory."
-                                                       << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory missing") << "mysql=nowhere" << "[%1] not a Valid MySql Directory."
-                                                 << int(F::MysqlDirectory);
+        QTest::newRow("MySQL directory without mysql") << "mysql=app" << notMysql << int(F::MysqlDirectory);
+        QTest::newRow("MySQL directory missing") << "mysql=nowhere" << notMysql << int(F::MysqlDirectory);
         QTest::newRow("no data directory") << "data=" << "Please Specify Data Directory." << int(F::DataDirectory);
-        QTest::newRow("data directory without FBT") << "data=mysql-data" << "[%1] not a Valid Data Directory."
-                                                    << int(F::DataDirectory);
-        QTest::newRow("FBT is a folder") << "data=fake" << "[%1] not a Valid Data Directory." << int(F::DataDirectory);
+        QTest::newRow("data directory without FBT") << "data=mysql-data" << notData << int(F::DataDirectory);
+        QTest::newRow("FBT is a folder") << "data=fake" << notData << int(F::DataDirectory);
     }
     void refusedChoices()
     {
