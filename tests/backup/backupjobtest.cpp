@@ -208,8 +208,6 @@ private slots:
         QTest::newRow("nfs") << "/mnt/nas/b" << local + "nas:/vol /mnt/nas nfs4 rw 0 0\n" << int(PlaceKind::Network);
         QTest::newRow("cifs with a blank") << "/mnt/my share/b" << local + "//srv/s /mnt/my\\040share cifs rw 0 0\n"
                                            << int(PlaceKind::Network);
-        QTest::newRow("sshfs") << "/home/u/remote" << local + "u@h: /home/u/remote fuse.sshfs rw 0 0\n"
-                               << int(PlaceKind::Network);
         QTest::newRow("mount point only a prefix") << "/mnt/nasty" << local + "nas:/vol /mnt/nas nfs rw 0 0\n"
                                                    << int(PlaceKind::Local);
         QTest::newRow("under /media") << "/media/usb/b" << local << int(PlaceKind::Removable);
