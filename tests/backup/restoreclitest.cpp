@@ -17,17 +17,16 @@ class RestoreCliTest : public QObject {
 
     std::unique_ptr<TestDatabase> db_;
     std::unique_ptr<RestoreArea> area_;
-    QString mysql_, app_, archive_;
 
     QString at(const QString& relative) const { return area_->at(relative); }
     CliResult restore(const QStringList& args)
     {
-        return runCli(databaseArgs(*db_) + QStringList{"--app-path", app_, "restore"} + args,
+        return runCli(databaseArgs(*db_) + QStringList{"--app-path", area_->app, "restore"} + args,
                       {{"TMPDIR", at("tmp")}});
     }
     // Each run extracts into a folder of its own under TMPDIR and leaves nothing there.
     bool tmpIsEmpty() const { return QDir(at("tmp")).isEmpty(); }
-    QStringList kept() const { return QDir(app_).entryList({"Restore_*"}, QDir::Dirs); }
+    QStringList kept() const { return QDir(area_->app).entryList({"Restore_*"}, QDir::Dirs); }
 
 private slots:
     void initTestCase()
@@ -40,41 +39,37 @@ private slots:
     void init()
     {
         area_ = std::make_unique<RestoreArea>("backup");
-        mysql_ = area_->mysql;
-        app_ = area_->app;
-        archive_ = area_->archive;
-        writeFile(app_ + "/Confg.ini", "[Settings]\nmark=old\n");
+        writeFile(area_->app + "/Confg.ini", "[Settings]\nmark=old\n");
     }
 
-    void listPrintsTheRowsAndRestoresNothing()
+    void listsThenRestoresPrintingEveryRow()
     {
-        const CliResult r = restore({archive_, "--mysql-dir", mysql_, "--list"});
+        // WHEN the rows are only listed THEN nothing is restored
+        CliResult r = restore({area_->archive, "--mysql-dir", area_->mysql, "--list"});
         QVERIFY2(r.status == 0, qPrintable(r.err));
         QStringList lines = r.out.trimmed().replace(QRegularExpression("/corvane-[^/]+/"), "/run/").split('\n');
         lines.sort();
         const QString root = at("tmp/run/backup/backup");
-        QCOMPARE(lines, (QStringList{root + "/BillNew.doc\t" + app_ + "/Data/BillNew.doc\tFL",
-                                     root + "/Confg.ini\t" + app_ + "/Confg.ini\tFL",
-                                     root + "/SQLDATA/fbt\t" + mysql_ + "/fbt\tDB",
-                                     root + "/Tables\t" + app_ + "/Tables\tFLD"}));
-        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("old a"));
+        QCOMPARE(lines, (QStringList{root + "/BillNew.doc\t" + area_->app + "/Data/BillNew.doc\tFL",
+                                     root + "/Confg.ini\t" + area_->app + "/Confg.ini\tFL",
+                                     root + "/RECPNEW.DOC\t" + area_->app + "/Data/RECPNEW.DOC\tFL",
+                                     root + "/SQLDATA/fbt\t" + area_->mysql + "/fbt\tDB",
+                                     root + "/Tables\t" + area_->app + "/Tables\tFLD"}));
+        QCOMPARE(readFile(area_->mysql + "/fbt/a.MYD"), QByteArray("old a"));
         QVERIFY(kept().isEmpty());
         QVERIFY(tmpIsEmpty());
-    }
 
-    void restoresAndPrintsEveryRow()
-    {
-        const CliResult r = restore({archive_, "--mysql-dir", mysql_ + "/", "--data-dir", app_});
+        // WHEN they are restored THEN each row and the closing message are printed
+        r = restore({area_->archive, "--mysql-dir", area_->mysql + "/", "--data-dir", area_->app});
         QVERIFY2(r.status == 0, qPrintable(r.err));
-        const QStringList lines = r.out.trimmed().split('\n');
-        QCOMPARE(lines.size(), 4 + 2);
-        for (int i = 0; i < 4; ++i)
-            QVERIFY2(lines.at(i).endsWith("\tRestored."), qPrintable(lines.at(i)));
-        QCOMPARE(lines.at(4), QString("Data Restored."));
+        lines = r.out.trimmed().split('\n');
+        QCOMPARE(lines.size(), 5 + 2);
+        QCOMPARE(lines.mid(0, 5).filter(QRegularExpression("\tRestored\\.$")).size(), 5);
+        QCOMPARE(lines.at(5), QString("Data Restored."));
         QCOMPARE(kept().size(), 1);
-        QCOMPARE(lines.at(5), QString("Existing Data has been Kept as Backup in [%1/%2].").arg(app_, kept().first()));
+        QCOMPARE(lines.at(6), QString("Existing Data has been Kept as Backup in [%1/%2].").arg(area_->app, kept().first()));
         QVERIFY2(!r.err.contains("Data Restored."), qPrintable(r.err));
-        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("new a"));
+        QCOMPARE(readFile(area_->mysql + "/fbt/a.MYD"), QByteArray("new a"));
         QVERIFY(tmpIsEmpty());
     }
 
@@ -95,10 +90,11 @@ private slots:
         QFETCH(QString, status);
         QFETCH(QString, closing);
         QFETCH(QString, answer);
-        writeFile(app_ + "/Data", "a file where the folder must be");
-        const CliResult r = restore(QStringList{archive_, "--mysql-dir", mysql_} + options);
+        writeFile(area_->app + "/Data", "a file where the folder must be");
+        const CliResult r = restore(QStringList{area_->archive, "--mysql-dir", area_->mysql} + options);
         QCOMPARE(r.status, 1);
-        QVERIFY2(r.out.contains("/BillNew.doc\t" + app_ + "/Data/BillNew.doc\tFL\t" + status + "\n"), qPrintable(r.out));
+        // Both documents fail; the first one tried gets the answer.
+        QVERIFY2(r.out.contains("\tFL\t" + status + "\n"), qPrintable(r.out));
         QVERIFY2(r.out.contains("\n" + closing), qPrintable(r.out));
         QVERIFY2(r.err.contains("Error While Restoring File [ "), qPrintable(r.err));
         QVERIFY2(r.err.contains("before Proceeding. " + answer), qPrintable(r.err));
@@ -123,8 +119,8 @@ private slots:
         QFETCH(int, status);
         QFETCH(QString, message);
         for (QString& a : args)
-            a.replace("ARCHIVE", archive_).replace("MYSQL", mysql_).replace("APP", app_);
-        message.replace("MYSQL", mysql_).replace("APP", app_);
+            a.replace("ARCHIVE", area_->archive).replace("MYSQL", area_->mysql).replace("APP", area_->app);
+        message.replace("MYSQL", area_->mysql).replace("APP", area_->app);
         const CliResult r = restore(args);
         QCOMPARE(r.status, status);
         QVERIFY2(r.err.contains(message), qPrintable(r.err));
@@ -135,10 +131,10 @@ private slots:
     {
         writeFile(at("old/Data/RecpNew.doc"), "recp");
         writeFile(at("dbs/FBT/a.MYD"), "manual a");
-        const CliResult r = restore({"--db-folder", at("dbs/FBT"), "--data-folder", at("old"), "--mysql-dir", mysql_});
+        const CliResult r = restore({"--db-folder", at("dbs/FBT"), "--data-folder", at("old"), "--mysql-dir", area_->mysql});
         QVERIFY2(r.status == 0, qPrintable(r.err));
-        QCOMPARE(readFile(mysql_ + "/FBT/a.MYD"), QByteArray("manual a"));
-        QCOMPARE(readFile(app_ + "/Data/RecpNew.doc"), QByteArray("recp"));
+        QCOMPARE(readFile(area_->mysql + "/FBT/a.MYD"), QByteArray("manual a"));
+        QCOMPARE(readFile(area_->app + "/Data/RecpNew.doc"), QByteArray("recp"));
         // The backed-up folders were copied, not moved.
         QCOMPARE(readFile(at("dbs/FBT/a.MYD")), QByteArray("manual a"));
     }

@@ -7,6 +7,7 @@
 #include "support/testmain.h"
 #include "restoretestsupport.h"
 
+#include <QRegularExpression>
 #include <QtTest>
 #include <sys/stat.h>
 
@@ -16,15 +17,25 @@ using namespace corvane::test;
 
 namespace {
 
-const QDate kToday(2026, 3, 5);
 const QString kKept = "Restore_05-Mar-26#";
 const QString kIgnored = "Some Errors Ignored during Restoration. Please Retry or Contact your Vendor.";
+const QString kNotExtracted = "Could not Extract the Backup File.";
 
-QString rowText(const RestoreJob::Row& row, const QString& base)
+QString restoredText(const RestoreJob& job)
+{
+    return QString("Data Restored.\nExisting Data has been Kept as Backup in [%1].").arg(job.keepingFolder());
+}
+
+// The job's rows as "KIND source > destination", relative to base and sorted.
+QStringList rowsOf(const RestoreJob& job, const QString& base)
 {
     const QDir dir(base);
-    return kindMark(row.item.kind) + " " + dir.relativeFilePath(row.item.source) + " > "
-        + dir.relativeFilePath(row.item.destination);
+    QStringList rows;
+    for (const auto& row : job.rows())
+        rows << kindMark(row.item.kind) + " " + dir.relativeFilePath(row.item.source) + " > "
+                + dir.relativeFilePath(row.item.destination);
+    rows.sort();
+    return rows;
 }
 
 } // namespace
@@ -37,16 +48,17 @@ class RestoreJobTest : public QObject {
     std::unique_ptr<RestoreArea> area_;
     std::shared_ptr<HookedPrompter> prompter_;
     NullProgress progress_;
-    QString mysql_, app_, tmp_, archive_;
 
     QString at(const QString& relative) const { return area_->at(relative); }
+    QString app() const { return area_->app; }
+    QString mysql() const { return area_->mysql; }
 
     RestoreJob::Choice zipChoice() const
     {
         RestoreJob::Choice c;
-        c.archive = archive_;
-        c.mysqlDirectory = mysql_ + '/';
-        c.dataDirectory = app_ + '/';
+        c.archive = area_->archive;
+        c.mysqlDirectory = mysql() + '/';
+        c.dataDirectory = app() + '/';
         return c;
     }
     RestoreJob::Choice manualChoice(const QString& databases, const QString& data) const
@@ -54,12 +66,12 @@ class RestoreJobTest : public QObject {
         RestoreJob::Choice c = zipChoice();
         c.mode = RestoreJob::Mode::Manual;
         c.archive.clear();
-        c.databasesFolder = databases;
-        c.dataFolder = data;
+        c.databasesFolder = databases.isEmpty() ? QString() : at(databases);
+        c.dataFolder = data.isEmpty() ? QString() : at(data);
         return c;
     }
     // The extraction folder of the archive.
-    QString extraction() const { return tmp_ + "/FBT05-Mar-26"; }
+    QString extraction() const { return at("tmp/FBT05-Mar-26"); }
 
 private slots:
     void initTestCase()
@@ -71,17 +83,13 @@ private slots:
     void init()
     {
         area_ = std::make_unique<RestoreArea>();
-        mysql_ = area_->mysql;
-        app_ = area_->app;
-        tmp_ = area_->tmp;
-        archive_ = area_->archive;
-        writeFile(mysql_ + "/fbt/old.MYI", "old index");
-        writeFile(app_ + "/Confg.ini", "[Settings]\nmark=old\n");
-        writeFile(app_ + "/Data/BillNew.doc", "old bill");
+        writeFile(mysql() + "/fbt/old.MYI", "old index");
+        writeFile(app() + "/Confg.ini", "[Settings]\nmark=old\n");
+        writeFile(app() + "/Data/BillNew.doc", "old bill");
 
         resetModbase();
-        modbase().AppPath = app_;
-        modbase().vTmpPath = tmp_ + '/';
+        modbase().AppPath = app();
+        modbase().vTmpPath = area_->tmp + '/';
         modbase().clock = [] { return QDateTime(kToday, QTime(11, 0)); };
         prompter_ = std::make_shared<HookedPrompter>();
         modbase().prompter = prompter_;
@@ -89,31 +97,28 @@ private slots:
 
     void zipRestoreReplacesAndKeeps()
     {
+        // GIVEN a MySQL directory whose server database folder is named in other case
+        QVERIFY(QDir(mysql()).rename("mysql", "MySQL"));
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(job.proceed(zipChoice()));
-        QStringList rows;
-        for (const auto& row : job.rows())
-            rows << rowText(row, area_->dir->path());
-        rows.sort();
         const QString root = "tmp/FBT05-Mar-26/FBT05-Mar-26";
-        QCOMPARE(rows, (QStringList{"DB " + root + "/SQLDATA/fbt > mysql-data/fbt",
-                                    "FL " + root + "/BillNew.doc > app/Data/BillNew.doc",
-                                    "FL " + root + "/Confg.ini > app/Confg.ini",
-                                    "FLD " + root + "/Tables > app/Tables"}));
+        QCOMPARE(rowsOf(job, area_->dir->path()),
+                 (QStringList{"DB " + root + "/SQLDATA/fbt > mysql-data/fbt", "FL " + root + "/BillNew.doc > app/Data/BillNew.doc",
+                              "FL " + root + "/Confg.ini > app/Confg.ini", "FL " + root + "/RECPNEW.DOC > app/Data/RECPNEW.DOC",
+                              "FLD " + root + "/Tables > app/Tables"}));
 
         QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-        const QString kept = app_ + "/" + kKept + "1";
+        const QString kept = app() + "/" + kKept + "1";
         QCOMPARE(job.keepingFolder(), kept);
-        QCOMPARE(prompter_->texts(),
-                 QStringList{QString("Data Restored.\nExisting Data has been Kept as Backup in [%1].").arg(kept)});
+        QCOMPARE(prompter_->texts(), QStringList{restoredText(job)});
         for (const auto& row : job.rows())
             QCOMPARE(row.status, QString("Restored."));
         // The backup is in place, nothing of the old is left beside it ...
-        QCOMPARE(treeOf(mysql_ + "/fbt"), (QStringList{"a.MYD", "a.frm"}));
-        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("new a"));
-        QCOMPARE(readFile(app_ + "/Data/BillNew.doc"), QByteArray("new bill"));
-        QCOMPARE(readFile(app_ + "/Tables/FBT_Info"), QByteArray("new rows"));
-        QVERIFY(readFile(app_ + "/Confg.ini").contains("mark=new"));
+        QCOMPARE(treeOf(mysql() + "/fbt"), (QStringList{"a.MYD", "a.frm"}));
+        QCOMPARE(readFile(mysql() + "/fbt/a.MYD"), QByteArray("new a"));
+        QCOMPARE(readFile(app() + "/Data/BillNew.doc"), QByteArray("new bill"));
+        QCOMPARE(readFile(app() + "/Tables/FBT_Info"), QByteArray("new rows"));
+        QVERIFY(readFile(app() + "/Confg.ini").contains("mark=new"));
         // ... and everything replaced can be found in the keeping folder
         QCOMPARE(treeOf(kept), (QStringList{"BillNew.doc", "Confg.ini", "SQLDATA", "SQLDATA/fbt", "SQLDATA/fbt/a.MYD",
                                             "SQLDATA/fbt/old.MYI"}));
@@ -121,8 +126,8 @@ private slots:
         QCOMPARE(readFile(kept + "/BillNew.doc"), QByteArray("old bill"));
         QVERIFY(readFile(kept + "/Confg.ini").contains("mark=old"));
         // The server's own database and the program are untouched; the extraction is gone.
-        QVERIFY(QFileInfo(mysql_ + "/mysql").isDir());
-        QCOMPARE(readFile(app_ + "/FBT"), QByteArray("program"));
+        QVERIFY(QFileInfo(mysql() + "/MySQL").isDir());
+        QCOMPARE(readFile(app() + "/FBT"), QByteArray("program"));
         QVERIFY(!QFileInfo::exists(extraction()));
         QVERIFY(job.completed());
         QVERIFY(!job.aborted());
@@ -133,19 +138,16 @@ private slots:
         QTest::addColumn<int>("existing");
         QTest::addColumn<QString>("expected");
         QTest::newRow("none yet") << 0 << "#1";
-        QTest::newRow("one") << 1 << "#2";
-        QTest::newRow("nine") << 9 << "#10";
-        QTest::newRow("all ten") << 10 << "#11";
-        QTest::newRow("eleven") << 11 << "#11";
+        QTest::newRow("nine") << 9 << "#10"; // past ten, see theEleventhKeepingFolderIsReplaced
     }
     void keepingFolderName()
     {
         QFETCH(int, existing);
         QFETCH(QString, expected);
         for (int n = 1; n <= existing; ++n)
-            QDir().mkpath(app_ + "/" + kKept + QString::number(n));
-        QCOMPARE(RestoreJob::keepingFolderFor(app_, kToday), app_ + "/Restore_05-Mar-26" + expected);
-        QCOMPARE(RestoreJob::keepingFolderFor(app_ + "/", kToday), app_ + "/Restore_05-Mar-26" + expected);
+            QDir().mkpath(app() + "/" + kKept + QString::number(n));
+        QCOMPARE(RestoreJob::keepingFolderFor(app(), kToday), app() + "/Restore_05-Mar-26" + expected);
+        QCOMPARE(RestoreJob::keepingFolderFor(app() + "/", kToday), app() + "/Restore_05-Mar-26" + expected);
     }
 
     void refusedChoices_data()
@@ -154,18 +156,18 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("field");
         using F = RestoreJob::Field;
+        const QString noFile = "Backup File does not Exists.";
+        const QString notMysql = "[%1] not a Valid MySql Directory.";
+        const QString notData = "[%1] not a Valid Data Directory.";
         QTest::newRow("no backup file") << "archive=" << "Please Select a Backup File." << int(F::BackupFile);
-        QTest::newRow("missing backup file") << "archive=missing.zip" << "Backup File does not Exists." << int(F::BackupFile);
-        QTest::newRow("backup file is a folder") << "archive=tmp" << "Backup File does not Exists." << int(F::BackupFile);
+        QTest::newRow("missing backup file") << "archive=missing.zip" << noFile << int(F::BackupFile);
+        QTest::newRow("backup file is a folder") << "archive=tmp" << noFile << int(F::BackupFile);
         QTest::newRow("no MySQL directory") << "mysql=" << "Please Specify MySql Directory." << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory without mysql") << "mysql=app" << "[%1] not a Valid MySql Directory."
-                                                       << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory missing") << "mysql=nowhere" << "[%1] not a Valid MySql Directory."
-                                                 << int(F::MysqlDirectory);
+        QTest::newRow("MySQL directory without mysql") << "mysql=app" << notMysql << int(F::MysqlDirectory);
+        QTest::newRow("MySQL directory missing") << "mysql=nowhere" << notMysql << int(F::MysqlDirectory);
         QTest::newRow("no data directory") << "data=" << "Please Specify Data Directory." << int(F::DataDirectory);
-        QTest::newRow("data directory without FBT") << "data=mysql-data" << "[%1] not a Valid Data Directory."
-                                                    << int(F::DataDirectory);
-        QTest::newRow("FBT is a folder") << "data=fake" << "[%1] not a Valid Data Directory." << int(F::DataDirectory);
+        QTest::newRow("data directory without FBT") << "data=mysql-data" << notData << int(F::DataDirectory);
+        QTest::newRow("FBT is a folder") << "data=fake" << notData << int(F::DataDirectory);
     }
     void refusedChoices()
     {
@@ -189,16 +191,7 @@ private slots:
         QCOMPARE(prompter_->texts(), QStringList{message.contains("%1") ? message.arg(path) : message});
         QCOMPARE(int(job.failedField()), field);
         QVERIFY(job.rows().isEmpty());
-        QCOMPARE(treeOf(tmp_), QStringList());
-    }
-
-    void mysqlDirectoryInOtherCaseIsAccepted()
-    {
-        QDir(mysql_ + "/mysql").removeRecursively();
-        QDir().mkpath(mysql_ + "/MySQL");
-        RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(job.proceed(zipChoice()));
-        QCOMPARE(job.rows().size(), 4);
+        QCOMPARE(treeOf(area_->tmp), QStringList());
     }
 
     void manualFolderRules_data()
@@ -240,13 +233,8 @@ private slots:
         writeFile(at("d/old/loose.txt"), "files of the data folder are not listed");
         prompter_->then(Prompter::Answer::Yes);
         RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(job.proceed(manualChoice(databases.isEmpty() ? QString() : at(databases),
-                                         data.isEmpty() ? QString() : at(data))));
-        QStringList listed;
-        for (const auto& row : job.rows())
-            listed << rowText(row, area_->dir->path());
-        listed.sort();
-        QCOMPARE(listed, rows);
+        QVERIFY(job.proceed(manualChoice(databases, data)));
+        QCOMPARE(rowsOf(job, area_->dir->path()), rows);
         // The one empty folder was asked about, nothing else.
         QCOMPARE(prompter_->texts().size(), 1);
     }
@@ -282,8 +270,7 @@ private slots:
         for (const auto a : answers)
             prompter_->then(a);
         RestoreJob job(nullptr, *prompter_, progress_);
-        QCOMPARE(job.proceed(manualChoice(databases.isEmpty() ? QString() : at(databases), data.isEmpty() ? QString() : at(data))),
-                 proceeds);
+        QCOMPARE(job.proceed(manualChoice(databases, data)), proceeds);
         QCOMPARE(prompter_->texts(), texts);
         if (!texts.first().endsWith("Exists."))
             QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::YesNo);
@@ -291,16 +278,16 @@ private slots:
 
     void sourceEqualToDestinationIsRefused()
     {
-        QDir().mkpath(app_ + "/Tables");
+        QDir().mkpath(app() + "/Tables");
         RestoreJob job(nullptr, *prompter_, progress_);
         prompter_->then(Prompter::Answer::Yes);
-        QVERIFY(job.proceed(manualChoice(QString(), app_ + "/")));
+        QVERIFY(job.proceed(manualChoice(QString(), "app/")));
         prompter_->clear();
         QCOMPARE(job.restore(), RestoreJob::Outcome::Refused);
         QCOMPARE(prompter_->texts(), QStringList{"Source Path and Destination Path can not be Same."});
         QVERIFY(!job.completed());
-        QVERIFY(QDir(app_).entryList({"Restore_*"}, QDir::Dirs).isEmpty());
-        QCOMPARE(readFile(app_ + "/Data/BillNew.doc"), QByteArray("old bill"));
+        QVERIFY(QDir(app()).entryList({"Restore_*"}, QDir::Dirs).isEmpty());
+        QCOMPARE(readFile(app() + "/Data/BillNew.doc"), QByteArray("old bill"));
     }
 
     // Past ten keeping folders the eleventh is used again, whatever is in the way there.
@@ -314,8 +301,8 @@ private slots:
     {
         QFETCH(bool, asFile);
         for (int n = 1; n <= 10; ++n)
-            QDir().mkpath(app_ + "/" + kKept + QString::number(n));
-        const QString eleventh = app_ + "/" + kKept + "11";
+            QDir().mkpath(app() + "/" + kKept + QString::number(n));
+        const QString eleventh = app() + "/" + kKept + "11";
         if (asFile) {
             writeFile(eleventh, "a file in the way");
             QVERIFY(::chmod(QFile::encodeName(eleventh).constData(), 0444) == 0);
@@ -329,186 +316,132 @@ private slots:
         QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
         QCOMPARE(job.keepingFolder(), eleventh);
         QCOMPARE(readFile(eleventh + "/SQLDATA/fbt/a.MYD"), QByteArray("old a"));
-        QVERIFY(!QFileInfo::exists(app_ + "/" + kKept + "12"));
+        QVERIFY(!QFileInfo::exists(app() + "/" + kKept + "12"));
     }
 
+    // One step of one row fails; the question names the step, the answer decides the rest.
     void failingStep_data()
     {
+        QTest::addColumn<QString>("step");
         QTest::addColumn<Prompter::Answer>("answer");
-        QTest::newRow("Ignore") << Prompter::Answer::Ignore;
-        QTest::newRow("Retry after the cause is gone") << Prompter::Answer::Retry;
-        QTest::newRow("Abort") << Prompter::Answer::Abort;
+        QTest::addColumn<QString>("leadIn");
+        QTest::addColumn<QString>("status");
+        using A = Prompter::Answer;
+        QTest::newRow("keep folder, Ignore") << "keep Tables" << A::Ignore << "Error While Backing Up Existing Folder [ "
+                                             << "Backing Up Folder Error Ignored by User.";
+        QTest::newRow("keep file, Ignore") << "keep Confg.ini" << A::Ignore << "Error While Backing Up Existing File [ "
+                                           << "Backing Up File Error Ignored by User.";
+        QTest::newRow("restore folder, Ignore") << "restore Tables" << A::Ignore << "Error While Restoring Folder [ "
+                                                << "Restroing Folder Error Ignored by User.";
+        QTest::newRow("restore file, Ignore") << "restore BillNew.doc" << A::Ignore << "Error While Restoring File [ "
+                                              << "Restroing File Error Ignored by User.";
+        QTest::newRow("restore file, Retry after the cause is gone") << "restore BillNew.doc" << A::Retry
+                                                                     << "Error While Restoring File [ " << "Restored.";
+        QTest::newRow("restore file, Abort") << "restore BillNew.doc" << A::Abort << "Error While Restoring File [ "
+                                             << "Aborted by User.";
     }
     void failingStep()
     {
+        QFETCH(QString, step);
         QFETCH(Prompter::Answer, answer);
-        // The document's destination cannot be written: a file stands where its folder must be.
-        QDir(app_ + "/Data").removeRecursively();
-        writeFile(app_ + "/Data", "in the way");
-        RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(job.proceed(zipChoice()));
-        int failing = -1;
-        for (int i = 0; i < job.rows().size(); ++i)
-            if (job.rows().at(i).item.destination.endsWith("Data/BillNew.doc"))
-                failing = i;
-        QVERIFY(failing >= 0);
-        const QString source = job.rows().at(failing).item.source;
-
-        prompter_->then(answer);
-        prompter_->onAsk = [&](const Prompter::Question& q) {
-            if (q.buttons == Prompter::Buttons::AbortRetryIgnore && answer == Prompter::Answer::Retry)
-                QFile::remove(app_ + "/Data");
-        };
-        const auto outcome = job.restore();
-
-        const QString question = QString("Error While Restoring File [ %1 ]. It is advised to Contact Your Vendor before Proceeding.").arg(source);
-        QCOMPARE(prompter_->asked().front().text, question);
-        QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::AbortRetryIgnore);
-        QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Question);
-        const QString restored = QString("Data Restored.\nExisting Data has been Kept as Backup in [%1].").arg(job.keepingFolder());
-        if (answer == Prompter::Answer::Ignore) {
-            QCOMPARE(outcome, RestoreJob::Outcome::ErrorsIgnored);
-            QCOMPARE(prompter_->texts(), (QStringList{question, kIgnored}));
-            for (int i = 0; i < job.rows().size(); ++i)
-                QCOMPARE(job.rows().at(i).status,
-                         QString(i == failing ? "Restroing File Error Ignored by User." : "Restored."));
-            QVERIFY(readFile(app_ + "/Confg.ini").contains("mark=new"));
-            QCOMPARE(readFile(app_ + "/Data"), QByteArray("in the way"));
-            // Left for another try until the screen closes.
-            QVERIFY(QFileInfo(source).isFile());
-            job.removeExtraction();
-            QVERIFY(!QFileInfo::exists(extraction()));
-        } else if (answer == Prompter::Answer::Retry) {
-            QCOMPARE(outcome, RestoreJob::Outcome::Restored);
-            QCOMPARE(prompter_->texts(), (QStringList{question, restored}));
-            QCOMPARE(readFile(app_ + "/Data/BillNew.doc"), QByteArray("new bill"));
-            QCOMPARE(job.rows().at(failing).status, QString("Restored."));
-            QVERIFY(!QFileInfo::exists(extraction()));
-        } else {
-            // Abort ends the list at once; the closing message does not tell (a known weakness).
-            QCOMPARE(outcome, RestoreJob::Outcome::Restored);
-            QVERIFY(job.aborted());
-            QCOMPARE(prompter_->texts(), (QStringList{question, restored}));
-            QCOMPARE(job.rows().at(failing).status, QString("Aborted by User."));
-            for (int i = failing + 1; i < job.rows().size(); ++i)
-                QCOMPARE(job.rows().at(i).status, QString());
-            for (int i = 0; i < failing; ++i)
-                QCOMPARE(job.rows().at(i).status, QString("Restored."));
-        }
-        QVERIFY(test::logContexts().contains("frmrestoration\tCMDRESTORE_CLICK"));
-    }
-
-    void eachStepAsksWithItsOwnText_data()
-    {
-        QTest::addColumn<QString>("block");
-        QTest::addColumn<QString>("leadIn");
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("path");
-        QTest::newRow("keep folder") << "keep Tables" << "Error While Backing Up Existing Folder [ "
-                                     << "Backing Up Folder Error Ignored by User." << "destination";
-        QTest::newRow("keep file") << "keep Confg.ini" << "Error While Backing Up Existing File [ "
-                                   << "Backing Up File Error Ignored by User." << "destination";
-        QTest::newRow("restore folder") << "restore Tables" << "Error While Restoring Folder [ "
-                                        << "Restroing Folder Error Ignored by User." << "source";
-        QTest::newRow("restore file") << "restore Confg.ini" << "Error While Restoring File [ "
-                                      << "Restroing File Error Ignored by User." << "source";
-    }
-    void eachStepAsksWithItsOwnText()
-    {
-        QFETCH(QString, block);
         QFETCH(QString, leadIn);
         QFETCH(QString, status);
-        QFETCH(QString, path);
-        const QString name = block.section(' ', 1);
-        writeFile(app_ + "/Tables/old", "old table");
+        const bool keep = step.startsWith("keep");
+        const QString name = step.section(' ', 1);
+        writeFile(app() + "/Tables/old", "old table");
         HookProgress progress;
         RestoreJob job(nullptr, *prompter_, progress);
         QVERIFY(job.proceed(zipChoice()));
-        int row = -1;
+        int failing = -1;
         for (int i = 0; i < job.rows().size(); ++i)
             if (QFileInfo(job.rows().at(i).item.destination).fileName() == name)
-                row = i;
-        QVERIFY(row >= 0);
-        const RestoreItem item = job.rows().at(row).item;
+                failing = i;
+        QVERIFY(failing >= 0);
+        const RestoreItem item = job.rows().at(failing).item;
+        const QString aside = item.source + ".aside";
         progress.onText = [&](const QString& text) {
             if (!text.contains(item.source))
                 return;
-            if (block.startsWith("keep"))
-                // Where the old copy should go there is a folder that is not empty.
+            if (keep) // where the old copy should go there is a folder that is not empty
                 writeFile(job.keepingFolder() + "/" + name + "/x/in-the-way", "");
-            else
-                // The source vanished from the extraction folder.
-                QDir(item.source).exists() ? void(QDir(item.source).removeRecursively()) : void(QFile::remove(item.source));
+            else // the source left the extraction folder
+                QVERIFY(QDir().rename(item.source, aside));
         };
-        prompter_->then(Prompter::Answer::Ignore);
-        QCOMPARE(job.restore(), RestoreJob::Outcome::ErrorsIgnored);
-        QCOMPARE(prompter_->texts(),
-                 (QStringList{leadIn + (path == "source" ? item.source : item.destination)
-                                  + " ]. It is advised to Contact Your Vendor before Proceeding.",
-                              kIgnored}));
-        QCOMPARE(job.rows().at(row).status, status);
-        if (block.startsWith("keep")) {
+        prompter_->onAsk = [&](const Prompter::Question& q) {
+            if (q.buttons == Prompter::Buttons::AbortRetryIgnore && answer == Prompter::Answer::Retry)
+                QVERIFY(QDir().rename(aside, item.source));
+        };
+        prompter_->then(answer);
+        const auto outcome = job.restore();
+
+        const QString question = leadIn + (keep ? item.destination : item.source)
+            + " ]. It is advised to Contact Your Vendor before Proceeding.";
+        QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::AbortRetryIgnore);
+        QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Question);
+        const bool ignored = answer == Prompter::Answer::Ignore;
+        QCOMPARE(prompter_->texts(), (QStringList{question, ignored ? kIgnored : restoredText(job)}));
+        QCOMPARE(outcome, ignored ? RestoreJob::Outcome::ErrorsIgnored : RestoreJob::Outcome::Restored);
+        // Abort ends the list at once; the closing message does not tell (a known weakness).
+        QCOMPARE(job.aborted(), answer == Prompter::Answer::Abort);
+        QCOMPARE(job.rows().at(failing).status, status);
+        for (int i = 0; i < job.rows().size(); ++i)
+            if (i != failing)
+                QCOMPARE(job.rows().at(i).status, QString(job.aborted() && i > failing ? "" : "Restored."));
+        if (keep) {
             // Ignoring the keeping step is the one way to lose the old copy; the new one is in place.
             QVERIFY(QFileInfo::exists(item.destination));
-            QVERIFY(!QFileInfo::exists(app_ + "/Tables/old"));
+            QVERIFY(!QFileInfo::exists(app() + "/Tables/old"));
         }
+        if (answer == Prompter::Answer::Retry)
+            QCOMPARE(readFile(app() + "/Data/BillNew.doc"), QByteArray("new bill"));
+        // An ignored error leaves the extraction for another try until the screen closes.
+        QCOMPARE(QFileInfo::exists(extraction()), ignored);
+        job.removeExtraction();
+        QVERIFY(!QFileInfo::exists(extraction()));
+        QVERIFY(test::logContexts().contains("frmrestoration\tCMDRESTORE_CLICK"));
     }
 
-    void archiveTwoFoldersDeepIsAccepted()
-    {
-        writeBackupTree(at("deep/FBT05-Mar-26/FBT05-Mar-26"), "deep");
-        QFile::remove(archive_);
-        packArchive(at("deep"), archive_);
-        RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(job.proceed(zipChoice()));
-        QCOMPARE(job.rows().size(), 4);
-        for (const auto& row : job.rows())
-            QVERIFY2(row.item.source.startsWith(extraction() + "/deep/FBT05-Mar-26/FBT05-Mar-26/"),
-                     qPrintable(row.item.source));
-        QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("deep a"));
-    }
-
-    void archiveWithoutBackupRoot()
-    {
-        writeFile(at("plain/SQLDATA/fbt/a.MYD"), "no Tables beside it");
-        QFile::remove(archive_);
-        packArchive(at("plain"), archive_);
-        RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(!job.proceed(zipChoice()));
-        QCOMPARE(prompter_->texts(), QStringList{"No Folder Found."});
-        QCOMPARE(readFile(mysql_ + "/fbt/a.MYD"), QByteArray("old a"));
-    }
-
-    void hostileArchiveIsRejected_data()
+    // Archives that must not be restored; nothing outside the extraction folder changes but the log.
+    void unusableArchiveIsRefused_data()
     {
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<quint32>("mode");
-        QTest::newRow("climbs out") << QByteArray("FBT05-Mar-26/../../../app/Confg.ini") << quint32(0);
-        QTest::newRow("absolute") << QByteArray("/tmp/corvane-restore-hostile") << quint32(0);
-        QTest::newRow("link out") << QByteArray("FBT05-Mar-26/Tables") << quint32(S_IFLNK | 0777);
+        QTest::addColumn<bool>("spoiled");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("climbs out") << QByteArray("FBT05-Mar-26/../../../app/Confg.ini") << 0u << false << kNotExtracted;
+        QTest::newRow("absolute") << QByteArray("/tmp/corvane-restore-hostile") << 0u << false << kNotExtracted;
+        QTest::newRow("link out") << QByteArray("FBT05-Mar-26/Tables") << quint32(S_IFLNK | 0777) << false << kNotExtracted;
+        QTest::newRow("data not matching its CRC") << QByteArray("FBT05-Mar-26/Tables/t") << 0u << true << kNotExtracted;
+        QTest::newRow("no Tables beside SQLDATA") << QByteArray("FBT05-Mar-26/Other/t") << 0u << false << "No Folder Found.";
     }
-    void hostileArchiveIsRejected()
+    void unusableArchiveIsRefused()
     {
         QFETCH(QByteArray, name);
         QFETCH(quint32, mode);
-        // A real backup with one entry that would land outside the extraction folder.
-        writeRawArchive(archive_, {{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"},
-                                   {"FBT05-Mar-26/Tables/t", "rows"},
-                                   {name, mode ? QByteArray("../../app") : QByteArray("evil"), mode}});
-        const QStringList before = treeOf(area_->dir->path());
+        QFETCH(bool, spoiled);
+        QFETCH(QString, message);
+        writeRawArchive(area_->archive, {{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"},
+                                         {name, mode ? QByteArray("../../app") : QByteArray("evil"), mode}});
+        if (spoiled) {
+            // The entries are stored, so their bytes can be changed in place.
+            QByteArray bytes = readFile(area_->archive);
+            writeFile(area_->archive, bytes.replace("evil a", "EVIL A"));
+        }
+        const auto outside = [&] {
+            return treeOf(area_->dir->path()).filter(QRegularExpression("^(?!tmp/FBT05-Mar-26|app/FBTLogger.log)"));
+        };
+        const QStringList before = outside();
 
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(!job.proceed(zipChoice()));
-        QCOMPARE(prompter_->texts(), QStringList{"Could not Extract the Backup File."});
+        QCOMPARE(prompter_->texts(), QStringList{message});
         QVERIFY(job.rows().isEmpty());
-        // Only the log line about the refused entry is new.
-        QStringList expected = before + QStringList{"app/FBTLogger.log"};
-        expected.sort();
-        QCOMPARE(treeOf(area_->dir->path()), expected);
+        QCOMPARE(outside(), before);
         QVERIFY(!QFileInfo::exists("/tmp/corvane-restore-hostile"));
-        QVERIFY(readFile(app_ + "/Confg.ini").contains("mark=old"));
-        QVERIFY(test::logContexts().contains("ORVZipLib\tUNZIPME"));
+        QVERIFY(readFile(app() + "/Confg.ini").contains("mark=old"));
+        QCOMPARE(readFile(mysql() + "/fbt/a.MYD"), QByteArray("old a"));
+        if (message == kNotExtracted)
+            QVERIFY(test::logContexts().contains("ORVZipLib\tUNZIPME"));
     }
 
     void missingUnzipComponent()
@@ -518,25 +451,24 @@ private slots:
         const bool proceeded = job.proceed(zipChoice());
         registerDefaultComponents();
         QVERIFY(!proceeded);
-        QCOMPARE(prompter_->texts(),
-                 (QStringList{"Can't Create Object of ORV Unzip Library.", "Could not Extract the Backup File."}));
+        QCOMPARE(prompter_->texts(), (QStringList{"Can't Create Object of ORV Unzip Library.", kNotExtracted}));
         QVERIFY(test::logContexts().contains("frmrestoration\tUNZIPME"));
     }
 
     void candidateDirectories()
     {
         CandidateRoots roots;
-        roots.systemMysql = mysql_ + "/";
+        roots.systemMysql = mysql() + "/";
         writeFile(at("second/FBT"), "program");
         QDir().mkpath(at("third"));
-        roots.applicationFolders = {at("missing"), app_, at("third"), at("second")};
+        roots.applicationFolders = {at("missing"), app(), at("third"), at("second")};
         // The server's own directory is offered once, after the system one.
-        QCOMPARE(mysqlCandidates(roots, mysql_), QStringList{mysql_ + "/"});
+        QCOMPARE(mysqlCandidates(roots, mysql()), QStringList{mysql() + "/"});
         QDir().mkpath(at("server/mysql"));
-        QCOMPARE(mysqlCandidates(roots, at("server")), (QStringList{mysql_ + "/", at("server") + "/"}));
-        roots.systemMysql = app_;
+        QCOMPARE(mysqlCandidates(roots, at("server")), (QStringList{mysql() + "/", at("server") + "/"}));
+        roots.systemMysql = app();
         QCOMPARE(mysqlCandidates(roots, QString()), QStringList{});
-        QCOMPARE(dataCandidates(roots), (QStringList{app_ + "/", at("second") + "/"}));
+        QCOMPARE(dataCandidates(roots), (QStringList{app() + "/", at("second") + "/"}));
         // A link named FBT (the per-user folder's) counts.
         QVERIFY(QFile::link("/nonexistent/FBT", at("third/FBT")));
         QCOMPARE(dataCandidates(roots).size(), 3);

@@ -18,6 +18,9 @@
 
 namespace corvane::test {
 
+// The day every backup and restoration of these tests happens.
+inline const QDate kToday(2026, 3, 5);
+
 // Lets the test act when a job reports a step.
 class HookProgress : public NullProgress {
 public:
@@ -39,13 +42,14 @@ inline QString fileNamedAnyCase(const QString& folder, const QString& name)
 }
 
 // A backup tree as the backup job lays it out: a database, the table
-// exports, a document and the settings.
+// exports, the documents (one named in upper case) and the settings.
 inline void writeBackupTree(const QString& root, const QByteArray& marker = "new")
 {
     writeFile(root + "/SQLDATA/fbt/a.MYD", marker + " a");
     writeFile(root + "/SQLDATA/fbt/a.frm", marker + " frm");
     writeFile(root + "/Tables/FBT_Info", marker + " rows");
     writeFile(root + "/BillNew.doc", marker + " bill");
+    writeFile(root + "/RECPNEW.DOC", marker + " recp");
     writeFile(root + "/Confg.ini", "[Settings]\nmark=" + marker + "\n");
 }
 
