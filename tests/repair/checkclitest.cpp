@@ -12,12 +12,8 @@ using namespace corvane::test;
 using Damage = TableFiles::Damage;
 
 // `corvane check [--repair] [--yes]` against really damaged tables.
-class CheckCliTest : public QObject {
+class CheckCliTest : public QObject, DamageBench {
     Q_OBJECT
-
-    DamageBench bench;
-    std::unique_ptr<TestDatabase>& db = bench.db;
-    std::unique_ptr<TableFiles>& files = bench.files;
 
     CliResult corvane(const QStringList& args)
     {
@@ -26,8 +22,8 @@ class CheckCliTest : public QObject {
     }
 
 private slots:
-    void initTestCase() { bench.open(QStringLiteral("checkcli")); }
-    void cleanupTestCase() { bench.close(); }
+    void initTestCase() { openBench(QStringLiteral("checkcli")); }
+    void cleanupTestCase() { closeBench(); }
     void init()
     {
         files->dropAll();

@@ -51,12 +51,9 @@ QString buttons(QWidget& form)
 
 } // namespace
 
-class FrmChkRepTest : public QObject {
+class FrmChkRepTest : public QObject, DamageBench {
     Q_OBJECT
 
-    DamageBench bench;
-    std::unique_ptr<TestDatabase>& db = bench.db;
-    std::unique_ptr<TableFiles>& files = bench.files;
     std::shared_ptr<HookedPrompter> prompts;
 
     // The screen shown, with its check on showing done.
@@ -68,8 +65,8 @@ class FrmChkRepTest : public QObject {
     }
 
 private slots:
-    void initTestCase() { bench.open(QStringLiteral("frmchkrep")); }
-    void cleanupTestCase() { bench.close(); }
+    void initTestCase() { openBench(QStringLiteral("frmchkrep")); }
+    void cleanupTestCase() { closeBench(); }
     void init()
     {
         files->dropAll();
