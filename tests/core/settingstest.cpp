@@ -84,7 +84,6 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
 
-        QTest::newRow("plain") << QByteArray("[A]\nk=v\n") << "A" << "k" << "v";
         QTest::newRow("case of section and key") << QByteArray("[MySql]\nServer=db1\n") << "MYSQL" << "server" << "db1";
         QTest::newRow("blanks around") << QByteArray("  [ A ]  \n  k   =   spaced value  \n") << "A" << "k" << "spaced value";
         QTest::newRow("blanks around the names asked") << QByteArray("[A]\nk=v\n") << " A " << " k " << "v";
