@@ -223,11 +223,7 @@ private slots:
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
         const QString other = f.db.name() + "_other";
-        struct DropOther {
-            TestDatabase& db;
-            QString name;
-            ~DropOther() { db->execute("Drop database if exists " + name); }
-        } drop{f.db, other};
+        const auto drop = qScopeGuard([&] { f.db->execute("Drop database if exists " + other); });
         window.setDialogRunner([&](QDialog& dialog) {
             typeInto(&dialog, "txtdatabase", other);
             click(&dialog, "cmdok");

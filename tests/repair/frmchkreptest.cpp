@@ -204,12 +204,11 @@ private slots:
         QWidget host;
         host.show();
         QString seen;
-        prompts->onAsk = [&](const Prompter::Question& q) {
+        prompts->onAsk = [&](const Prompter::Question&) {
             QWidget* modal = QApplication::activeModalWidget();
             seen = modal ? modal->objectName() + (modal->parentWidget() == &host ? " over the host" : " alone") : "none";
             // the user closes the screen once the check is done
             QTimer::singleShot(0, modal, [modal] { QTest::mouseClick(child<QPushButton>(*modal, "cmdcancel"), Qt::LeftButton); });
-            Q_UNUSED(q);
         };
         // WHEN the host calls RepairData with its form
         ClsMain().RepairData(&host);
