@@ -7,7 +7,6 @@
 #include "support/files.h"
 #include "support/testmain.h"
 
-#include <QFile>
 #include <QLabel>
 
 using namespace corvane;

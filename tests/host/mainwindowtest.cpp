@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QApplication>
 #include <QDialog>
-#include <QMenuBar>
 #include <QScopeGuard>
 
 using namespace corvane;

@@ -46,11 +46,6 @@ class PendingScreenTest : public QObject {
         showActive(*form);
         return form;
     }
-    static void key(QWidget& form, Qt::Key k)
-    {
-        QWidget* target = QApplication::focusWidget() ? QApplication::focusWidget() : &form;
-        QTest::keyClick(target, k);
-    }
 
 private slots:
     void initTestCase() { db = std::make_unique<TestDatabase>(QStringLiteral("pending")); }

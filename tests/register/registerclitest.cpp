@@ -6,7 +6,6 @@
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 using namespace corvane;
@@ -18,10 +17,10 @@ class RegisterCliTest : public QObject {
     std::unique_ptr<TestDatabase> db;
     QTemporaryDir dir;
 
-    CliResult corvane(const QStringList& args, const QByteArray& input = QByteArray())
+    CliResult corvane(const QStringList& args)
     {
         QMap<QString, QString> env{{QStringLiteral("CORVANE_SYSTEM_DIR"), db->systemPath()}};
-        return runCli(QStringList{QStringLiteral("--app-path"), db->appPath()} + databaseArgs(*db) + args, env, input);
+        return runCli(QStringList{QStringLiteral("--app-path"), db->appPath()} + databaseArgs(*db) + args, env);
     }
 
 private slots:

@@ -4,9 +4,6 @@
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include <QDir>
-#include <QTemporaryDir>
-
 using namespace corvane;
 using namespace corvane::test;
 using Damage = TableFiles::Damage;
