@@ -6,7 +6,6 @@
 
 using namespace corvane;
 using namespace corvane::test;
-using Damage = TableFiles::Damage;
 
 // `corvane check [--repair] [--yes]` against really damaged tables.
 class CheckCliTest : public QObject, DamageBench {

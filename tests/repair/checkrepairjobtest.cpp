@@ -11,7 +11,6 @@
 
 using namespace corvane;
 using namespace corvane::test;
-using Damage = TableFiles::Damage;
 
 namespace {
 

@@ -101,6 +101,8 @@ private:
     QString folder_;
 };
 
+using Damage = TableFiles::Damage;
+
 // A database without the host's tables and its table files, for a whole test class (a base of the class).
 struct DamageBench {
     std::unique_ptr<TestDatabase> db;
