@@ -38,7 +38,6 @@ private slots:
         QTest::addColumn<QString>("file");
 
         QTest::newRow("MySql") << "MySql" << "Server" << "system";
-        QTest::newRow("mysql small") << "mysql" << "anything" << "system";
         QTest::newRow("ScrReso") << "SCRRESO" << "Opt" << "system";
         QTest::newRow("e-mail") << "EmailSettings" << "Host" << "system";
         QTest::newRow("printer key") << "Settings" << "FontName" << "system";
@@ -85,7 +84,6 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
 
-        QTest::newRow("plain") << QByteArray("[A]\nk=v\n") << "A" << "k" << "v";
         QTest::newRow("case of section and key") << QByteArray("[MySql]\nServer=db1\n") << "MYSQL" << "server" << "db1";
         QTest::newRow("blanks around") << QByteArray("  [ A ]  \n  k   =   spaced value  \n") << "A" << "k" << "spaced value";
         QTest::newRow("blanks around the names asked") << QByteArray("[A]\nk=v\n") << " A " << " k " << "v";
@@ -99,7 +97,6 @@ private slots:
         QTest::newRow("CRLF") << QByteArray("[A]\r\nk=v\r\nj=w\r\n") << "A" << "j" << "w";
         QTest::newRow("CR only") << QByteArray("[A]\rk=v\rj=w") << "A" << "j" << "w";
         QTest::newRow("byte-order mark") << QByteArray("\xEF\xBB\xBF[A]\nk=v\n") << "A" << "k" << "v";
-        QTest::newRow("no final newline") << QByteArray("[A]\nk=v") << "A" << "k" << "v";
         QTest::newRow("garbage lines") << QByteArray("[A]\n\xFF\xFE\x01garbage\n=orphan\n[broken\nk=v\n") << "A" << "k" << "v";
         QTest::newRow("ANSI text") << QByteArray("[A]\nk=Caf\xE9\n") << "A" << "k" << QStringLiteral("Caf\u00E9");
         QTest::newRow("UTF-8 text") << QByteArray("[A]\nk=Caf\xC3\xA9\n") << "A" << "k" << QStringLiteral("Caf\u00E9");
@@ -170,10 +167,11 @@ private slots:
             << QByteArray("[A]\nx=1\n[B]\n[a]\nk=1\n") << "A" << "n" << "3" << QByteArray("[A]\nx=1\nn=3\n[B]\n[a]\nk=1\n");
         QTest::newRow("garbage kept") << QByteArray("[A]\ngarbage line\n\x01\xFF\n=orphan\na=1\n") << "A" << "a" << "2"
                                       << QByteArray("[A]\ngarbage line\n\x01\xFF\n=orphan\na=2\n");
-        QTest::newRow("empty value set") << QByteArray("[A]\na=\n") << "A" << "a" << "x" << QByteArray("[A]\na=x\n");
         QTest::newRow("unfinished section line at the end") << QByteArray("[A]\na=1\n[  \n") << "B" << "b" << "1"
                                                            << QByteArray("[A]\na=1\n[  \n[B]\nb=1\n");
         QTest::newRow("value with equals sign") << QByteArray("[A]\n") << "A" << "url" << "a=b" << QByteArray("[A]\nurl=a=b\n");
+        const QByteArray megabyte = "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=";
+        QTest::newRow("a megabyte line kept") << megabyte + "1\n" << "A" << "k" << "2" << megabyte + "2\n";
     }
 
     void editing()
@@ -190,15 +188,6 @@ private slots:
         QCOMPARE(readFile(file), after);
         QCOMPARE(GetSettingINI(section, key, QStringLiteral("<default>"), file), value);
         QVERIFY(test::logLines().isEmpty());
-    }
-
-    void aMegabyteLineSurvivesAWrite()
-    {
-        const QString file = dir_->path() + QStringLiteral("/big.ini");
-        const QByteArray big = "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=1\n";
-        writeFile(file, big);
-        QVERIFY(SaveSettingINI(QStringLiteral("A"), QStringLiteral("k"), QStringLiteral("2"), file));
-        QCOMPARE(readFile(file), "[A]\nbig=" + QByteArray(1 << 20, 'z') + "\nk=2\n");
     }
 
     void refusedWrites_data()

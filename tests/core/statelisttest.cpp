@@ -1,6 +1,7 @@
 #include "component/clsmain.h"
 #include "core/modbase.h"
 #include "core/statelist.h"
+#include "support/files.h"
 #include "support/testlog.h"
 #include "support/testmain.h"
 
@@ -16,14 +17,6 @@ class StateListTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> app_;
-
-    void writeStateFile(const QByteArray& bytes)
-    {
-        QDir().mkpath(app_->path() + QStringLiteral("/Data"));
-        QFile f(stateListPath());
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-    }
 
 private slots:
     void init()
@@ -84,7 +77,7 @@ private slots:
 
     void aFileWithBomAndQuotesIsRead()
     {
-        writeStateFile("\xEF\xBB\xBF\"Andhra Pradesh\", Assam\r\n\r\nBihar\r\n");
+        test::writeFile(stateListPath(), "\xEF\xBB\xBF\"Andhra Pradesh\", Assam\r\n\r\nBihar\r\n");
         QCOMPARE(readStateList(), (QStringList{"ANDHRA PRADESH", "ASSAM", "BIHAR"}));
     }
 
@@ -105,7 +98,7 @@ private slots:
     {
         if (::geteuid() == 0)
             QSKIP("root reads every file");
-        writeStateFile("Goa\n");
+        test::writeFile(stateListPath(), "Goa\n");
         QFile::setPermissions(stateListPath(), QFileDevice::WriteOwner);
         QComboBox combo;
         ClsMain().LoadStateList(&combo);

@@ -1,6 +1,4 @@
 #include "db/clientdata.h"
-#include "component/clsmain.h"
-#include "core/modbase.h"
 #include "db/sqltext.h"
 #include "support/statementrecorder.h"
 #include "support/testdatabase.h"
@@ -225,16 +223,6 @@ private slots:
         for (const QString& line : test::logLines())
             QCOMPARE(line.section(QLatin1Char('\t'), 1, 1), QStringLiteral("91"));
         QCOMPARE(rowsOf(QStringLiteral("C001")), 10);
-    }
-
-    void clsMainWorksOnTheContextsConnection()
-    {
-        ClsMain host;
-        host.ChangeCode(QStringLiteral("C001"), QStringLiteral("C007"));
-        QCOMPARE(rowsOf(QStringLiteral("C007")), 10);
-        host.DeleteClient(QStringLiteral("C007"));
-        QCOMPARE(rowsOf(QStringLiteral("C007")), 0);
-        QCOMPARE(orphanDetails(), 0);
     }
 };
 

@@ -178,15 +178,6 @@ private slots:
             QVERIFY(rs.eof());
     }
 
-    void showColumnsFindsCodeNo()
-    {
-        Recordset rs;
-        rs.open(QStringLiteral("Show columns from FBT_BankDet"), *db_->connection());
-        QVERIFY(rs.find(QStringLiteral("field='code_no'")));
-        rs.open(QStringLiteral("Show columns from Bank_Master"), *db_->connection());
-        QVERIFY(!rs.find(QStringLiteral("field='code_no'")));
-    }
-
     void closedRecordsetRefusesWork()
     {
         Recordset rs;

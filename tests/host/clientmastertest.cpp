@@ -7,7 +7,6 @@
 #include "support/files.h"
 #include "support/testmain.h"
 
-#include <QFile>
 #include <QLabel>
 
 using namespace corvane;
@@ -107,7 +106,6 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("focus");
         QTest::newRow("empty name") << "txtname" << "   " << "Enter the client's name." << "txtname";
-        QTest::newRow("empty code") << "txtcode" << "" << "Enter the client's code." << "txtcode";
         QTest::newRow("PAN of ten characters") << "txtpan" << "ABCDE12345" << "ABCDE12345 is not a valid PAN: five letters, four digits and a letter, such as AABCA1234K." << "txtpan";
         QTest::newRow("no such day") << "txtdoi" << "31/02/2008" << "31/02/2008 is not a valid date: type it as dd/mm/yyyy." << "txtdoi";
         QTest::newRow("short PIN") << "txtpin" << "2080" << "A PIN code has six digits." << "txtpin";

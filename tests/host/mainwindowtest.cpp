@@ -2,12 +2,13 @@
 #include "widgets.h"
 
 #include "host/mainwindow.h"
+#include "ui/screenscaling.h"
 #include "support/testmain.h"
 
 #include <QLabel>
 #include <QApplication>
 #include <QDialog>
-#include <QMenuBar>
+#include <QScopeGuard>
 
 using namespace corvane;
 using namespace corvane::host;
@@ -27,9 +28,9 @@ struct Recorder {
     qint16 restored = 0;
     std::function<void()> duringRestoration;
 
-    MainWindow::Invoker invoker(ClsMain& cls)
+    Recorder(MainWindow& window, ClsMain& cls)
     {
-        return [this, &cls](MainWindow::Member m) -> qint16 {
+        window.setInvoker([this, &cls](MainWindow::Member m) -> qint16 {
             calls.push_back({m, cls.Code(), cls.TYear()});
             if (m == MainWindow::Member::Restoration) {
                 if (duringRestoration)
@@ -37,13 +38,13 @@ struct Recorder {
                 return restored;
             }
             return 0;
-        };
+        });
     }
 };
 
 } // namespace
 
-// The main window: client list, search, year, and the way to every screen.
+// The main window: client list, search, year, the way to every screen, and its fit on the screen.
 class MainWindowTest : public QObject {
     Q_OBJECT
 
@@ -54,7 +55,6 @@ private slots:
         QTest::addColumn<QStringList>("shown");
         QTest::newRow("nothing typed") << "" << QStringList{"A001", "B002", "C003", "D004", "E005", "F006"};
         QTest::newRow("start of a code") << "d0" << QStringList{"D004"};
-        QTest::newRow("part of a name") << "pharma" << QStringList{"F006"};
         QTest::newRow("word in several names") << "LTD" << QStringList{"A001", "C003", "F006"};
         QTest::newRow("code and name") << "f" << QStringList{"C003", "F006"};
         QTest::newRow("blanks around") << "  chennai " << QStringList{"C003"};
@@ -85,8 +85,7 @@ private slots:
         HostFixture f(QStringLiteral("mw_keys"), true, true);
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
-        Recorder recorder;
-        window.setInvoker(recorder.invoker(f.cls));
+        Recorder recorder(window, f.cls);
         auto* search = control<QLineEdit>(&window, "txtsearch");
         QTest::keyClicks(search, "ltd");
         // WHEN Down is pressed twice and then Enter, all in the search box
@@ -188,8 +187,7 @@ private slots:
         HostFixture f(QStringLiteral("mw_members"), true, true);
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
-        Recorder recorder;
-        window.setInvoker(recorder.invoker(f.cls));
+        Recorder recorder(window, f.cls);
         QTest::keyClicks(control<QLineEdit>(&window, "txtsearch"), "C0");
         auto* years = control<QComboBox>(&window, "cboyear");
         years->setCurrentIndex(years->findText("2007-08"));
@@ -208,8 +206,7 @@ private slots:
         HostFixture f(QStringLiteral("mw_noclient"));
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
-        Recorder recorder;
-        window.setInvoker(recorder.invoker(f.cls));
+        Recorder recorder(window, f.cls);
         // WHEN the additional information is asked for
         control<QAction>(&window, "mnuaddinfo")->trigger();
         control<QAction>(&window, "mnuaddinfo1")->trigger();
@@ -225,11 +222,7 @@ private slots:
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
         const QString other = f.db.name() + "_other";
-        struct DropOther {
-            TestDatabase& db;
-            QString name;
-            ~DropOther() { db->execute("Drop database if exists " + name); }
-        } drop{f.db, other};
+        const auto drop = qScopeGuard([&] { f.db->execute("Drop database if exists " + other); });
         window.setDialogRunner([&](QDialog& dialog) {
             typeInto(&dialog, "txtdatabase", other);
             click(&dialog, "cmdok");
@@ -262,14 +255,13 @@ private slots:
         HostFixture f(QStringLiteral("mw_restore"), true, true);
         QVERIFY(f.start());
         MainWindow window(f.cls, *f.session);
-        Recorder recorder;
+        Recorder recorder(window, f.cls);
         recorder.restored = qint16(flag);
         // a restore that brings a client and a later year with it
         recorder.duringRestoration = [&] {
             f.db->execute("Insert into FBT_Info (Code_No, Name) values ('H008', 'HIMALAYA TRADERS')");
             f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) values ('H008', 2012)");
         };
-        window.setInvoker(recorder.invoker(f.cls));
         const auto before = f.cls.CnnObj();
         // WHEN Restore returns its flag
         control<QAction>(&window, "mnurestore")->trigger();
@@ -280,6 +272,53 @@ private slots:
         QCOMPARE(control<QComboBox>(&window, "cboyear")->itemText(control<QComboBox>(&window, "cboyear")->count() - 1),
                  QStringLiteral("2012-13"));
         QCOMPARE(window.currentCode(), QStringLiteral("A001"));
+    }
+
+    void mainWindowFits_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("1024x768") << QSize(1024, 768);
+        QTest::newRow("1920x1080") << QSize(1920, 1080);
+    }
+
+    void mainWindowFits()
+    {
+        QFETCH(QSize, size);
+        // GIVEN a screen of that size with a panel and a window frame
+        const QRect available(0, 24, size.width(), size.height() - 24);
+        const QMargins frame(4, 26, 4, 4);
+        setScreenRoomSource([available, frame](const QWidget*) { return ScreenRoom{available, frame}; });
+        const auto reset = qScopeGuard([] { setScreenRoomSource({}); });
+        HostFixture f(QStringLiteral("fit_main"), true, true);
+        QVERIFY(f.start());
+        // WHEN the main window opens
+        MainWindow window(f.cls, *f.session);
+        window.show();
+        // THEN it lies inside the free area with its frame
+        const QRect outer(window.pos(), window.size().grownBy(frame));
+        QVERIFY2(available.contains(outer), qPrintable(QStringLiteral("%1,%2 %3x%4").arg(outer.x()).arg(outer.y())
+                                                           .arg(outer.width()).arg(outer.height())));
+    }
+
+    void searchKeepsTheChosenClientInView()
+    {
+        // GIVEN the demo clients, one chosen far down a search
+        HostFixture f(QStringLiteral("search_view"), true, true);
+        QVERIFY(f.start());
+        MainWindow window(f.cls, *f.session);
+        window.show();
+        auto* list = control<QTableView>(&window, QStringLiteral("lstclients"));
+        typeInto(&window, QStringLiteral("txtsearch"), QStringLiteral("ltd"));
+        QCOMPARE(visibleCodes(&window), (QStringList{"A001", "C003", "F006"}));
+        QTest::keyClick(list, Qt::Key_End, Qt::ControlModifier);
+        QCOMPARE(window.currentCode(), QStringLiteral("F006"));
+        // WHEN the search is widened again
+        typeInto(&window, QStringLiteral("txtsearch"), QString());
+        // THEN the chosen client stays chosen, in view
+        QCOMPARE(window.currentCode(), QStringLiteral("F006"));
+        QCOMPARE(visibleCodes(&window).size(), 6);
+        const QModelIndex current = list->selectionModel()->selectedRows().value(0);
+        QVERIFY(list->viewport()->rect().intersects(list->visualRect(current)));
     }
 };
 

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <sys/stat.h>
 
 using namespace corvane;
@@ -151,11 +152,7 @@ private slots:
         const QString user = f.db.name();
         f.db->execute(QStringLiteral("Create user '%1'@'localhost' identified by 'se cret'").arg(user));
         f.db->execute(QStringLiteral("Grant all on %1.* to '%1'@'localhost'").arg(user));
-        struct DropUser {
-            TestDatabase& db;
-            QString user;
-            ~DropUser() { db->execute(QStringLiteral("Drop user '%1'@'localhost'").arg(user)); }
-        } dropUser{f.db, user};
+        const auto dropUser = qScopeGuard([&] { f.db->execute(QStringLiteral("Drop user '%1'@'localhost'").arg(user)); });
         ConnectionDialog dialog(ConnectionSettings::fromConfig(f.db.appPath()),
                                 [&](const ConnectionSettings& s) { return f.session->tryConnect(s); }, QString());
         dialog.show();

@@ -1,5 +1,6 @@
 #include "registertestsupport.h"
 
+#include "component/clsmain.h"
 #include "components/repview/reportdocument.h"
 #include "screens/register/pending.h"
 #include "support/formdriver.h"
@@ -15,6 +16,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableView>
+#include <QTimer>
 
 using namespace corvane;
 using namespace corvane::test;
@@ -43,15 +45,6 @@ class PendingScreenTest : public QObject {
         form->setGrid2Editable(2);
         showActive(*form);
         return form;
-    }
-    static void key(QWidget& form, Qt::Key k)
-    {
-        QWidget* target = QApplication::focusWidget() ? QApplication::focusWidget() : &form;
-        QTest::keyClick(target, k);
-    }
-    QString stored(const QString& code, const QString& column)
-    {
-        return db->scalar(QStringLiteral("select %1 from FBT_AddInfo where Code_No=%2 and TYear=2008").arg(column, sqlQuote(code)));
     }
 
 private slots:
@@ -120,7 +113,7 @@ private slots:
         // Yes saves, then the selection frame comes back
         prompts->then(Prompter::Answer::Yes);
         form->mnuExit()->trigger();
-        QCOMPARE(stored(QStringLiteral("B20"), QStringLiteral("RetAckNo")), QStringLiteral("NEW-B"));
+        QCOMPARE(stored(*db, QStringLiteral("B20"), QStringLiteral("RetAckNo")), QStringLiteral("NEW-B"));
         QVERIFY(!child<QTableView>(*form, "Grid2")->isVisible());
         QVERIFY(child<QGroupBox>(*form, "Frame1")->isVisible());
         QCOMPARE(QApplication::focusWidget(), child<QPushButton>(*form, "cmdproceed"));
@@ -232,7 +225,7 @@ private slots:
         prompts->then(Prompter::Answer::Yes);
         QTest::mouseClick(child<QPushButton>(*form, "cmdsave"), Qt::LeftButton);
         QCOMPARE(prompts->texts().size(), 1);
-        QCOMPARE(stored(QStringLiteral("K10"), QStringLiteral("IntDt")), QStringLiteral("20/07/2008"));
+        QCOMPARE(stored(*db, QStringLiteral("K10"), QStringLiteral("IntDt")), QStringLiteral("20/07/2008"));
         QCOMPARE(code->text(), QString());
         QCOMPARE(QApplication::focusWidget(), code);
         QCOMPARE(form->entries().at(0)[EntryDate], QStringLiteral("20/07/2008"));
@@ -286,8 +279,33 @@ private slots:
         QCOMPARE(db->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("Code_No='b21'")), 0);
         date->setText(QStringLiteral("01/04/2008"));
         QTest::mouseClick(child<QPushButton>(*form, "cmdsave"), Qt::LeftButton);
-        QCOMPARE(stored(QStringLiteral("b21"), QStringLiteral("RetDt")), QStringLiteral("01/04/2008"));
+        QCOMPARE(stored(*db, QStringLiteral("b21"), QStringLiteral("RetDt")), QStringLiteral("01/04/2008"));
         QCOMPARE(QApplication::focusWidget(), name);
+    }
+
+    // The host's way in: ClsMain::ShowReturn shows the register modally for the context's year.
+    void showReturnOpensForTheContextYear()
+    {
+        ClsMain cls;
+        cls.setTYear(2007);
+        QString year;
+        int editable = -1;
+        bool seen = false;
+        QTimer::singleShot(0, [&] {
+            for (QWidget* w : QApplication::topLevelWidgets()) {
+                auto* form = qobject_cast<Pending*>(w);
+                if (!form || !form->isVisible())
+                    continue;
+                seen = true;
+                year = child<QComboBox>(*form, "cboasyear")->currentText();
+                editable = form->grid2Editable();
+                form->reject(); // Escape on the selection frame closes it
+            }
+        });
+        cls.ShowReturn();
+        QVERIFY(seen);
+        QCOMPARE(year, QStringLiteral("2007-08"));
+        QCOMPARE(editable, 2);
     }
 
     void printPreviewGetsTheVisibleColumns()

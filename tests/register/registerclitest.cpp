@@ -6,7 +6,6 @@
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 
 using namespace corvane;
@@ -18,14 +17,10 @@ class RegisterCliTest : public QObject {
     std::unique_ptr<TestDatabase> db;
     QTemporaryDir dir;
 
-    CliResult corvane(const QStringList& args, const QByteArray& input = QByteArray())
+    CliResult corvane(const QStringList& args)
     {
         QMap<QString, QString> env{{QStringLiteral("CORVANE_SYSTEM_DIR"), db->systemPath()}};
-        return runCli(QStringList{QStringLiteral("--app-path"), db->appPath()} + databaseArgs(*db) + args, env, input);
-    }
-    QString stored(const QString& code, const QString& column)
-    {
-        return db->scalar(QStringLiteral("select %1 from FBT_AddInfo where Code_No=%2 and TYear=2008").arg(column, sqlQuote(code)));
+        return runCli(QStringList{QStringLiteral("--app-path"), db->appPath()} + databaseArgs(*db) + args, env);
     }
 
 private slots:
@@ -47,43 +42,41 @@ private slots:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err"); // a text standard error must contain
         const QString header = QStringLiteral("Code No,Name,PAN No.,Status,Date of Filing,Acknowledgement No.\r\n");
         const QString a1 = QStringLiteral("A1,\"Alpha, Sons\",ABCDE1234F,HUF,01/04/2008,K-1\r\n");
         const QString b2 = QStringLiteral("B2,\"Beta \"\"Best\"\"\",,2,,\r\n");
         const QString c3 = QStringLiteral("C3,Gamma,PQRST9876Z,Individual,15/05/2008,K-3\r\n");
-        QTest::newRow("all") << QStringList{"register", "--year", "2008"} << 0 << header + a1 + b2 + c3;
-        QTest::newRow("pending") << QStringList{"register", "--year", "2008", "--returns", "pending"} << 0 << header + b2;
+        QTest::newRow("all") << QStringList{"register", "--year", "2008"} << 0 << header + a1 + b2 + c3 << "";
+        QTest::newRow("pending") << QStringList{"register", "--year", "2008", "--returns", "pending"} << 0 << header + b2 << "";
         QTest::newRow("period from the first day")
-            << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "14/05/2008"} << 0 << header + a1;
+            << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "14/05/2008"} << 0 << header + a1 << "";
         QTest::newRow("another year: nobody filed")
-            << QStringList{"register", "--year", "2007", "--returns", "filed"} << 0 << header;
+            << QStringList{"register", "--year", "2007", "--returns", "filed"} << 0 << header << "";
         QTest::newRow("equal dates refused")
-            << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "01/04/2008"} << 1 << "";
+            << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "01/04/2008"} << 1 << ""
+            << "First date should be less than the second date.";
+        QTest::newRow("begin not a date")
+            << QStringList{"register", "--year", "2008", "--from", "1/4/2008", "--to", "01/05/2008"} << 1 << ""
+            << "Invalid date entry. (--from";
         QTest::newRow("period with pending") << QStringList{"register", "--year", "2008", "--returns", "pending", "--from",
                                                            "01/04/2008", "--to", "02/04/2008"}
-                                             << 2 << "";
-        QTest::newRow("from without to") << QStringList{"register", "--year", "2008", "--from", "01/04/2008"} << 2 << "";
-        QTest::newRow("no year") << QStringList{"register"} << 2 << "";
-        QTest::newRow("year before 2006") << QStringList{"register", "--year", "2005"} << 2 << "";
-        QTest::newRow("bad format") << QStringList{"register", "--year", "2008", "--format", "xml"} << 2 << "";
+                                             << 2 << "" << "";
+        QTest::newRow("from without to") << QStringList{"register", "--year", "2008", "--from", "01/04/2008"} << 2 << "" << "";
+        QTest::newRow("no year") << QStringList{"register"} << 2 << "" << "";
+        QTest::newRow("year before 2006") << QStringList{"register", "--year", "2005"} << 2 << "" << "";
+        QTest::newRow("bad format") << QStringList{"register", "--year", "2008", "--format", "xml"} << 2 << "" << "";
     }
     void registerCsv()
     {
         QFETCH(QStringList, args);
         QFETCH(int, status);
         QFETCH(QString, out);
+        QFETCH(QString, err);
         const CliResult r = corvane(args);
         QVERIFY2(r.status == status, qPrintable(r.err));
         QCOMPARE(r.out, out);
-    }
-
-    void periodMessages()
-    {
-        CliResult r = corvane({"register", "--year", "2008", "--from", "01/04/2008", "--to", "01/04/2008"});
-        QVERIFY(r.err.contains(QStringLiteral("First date should be less than the second date.")));
-        r = corvane({"register", "--year", "2008", "--from", "1/4/2008", "--to", "01/05/2008"});
-        QVERIFY(r.err.contains(QStringLiteral("Invalid date entry.")));
-        QVERIFY(r.err.contains(QStringLiteral("--from")));
+        QVERIFY2(r.err.contains(err), qPrintable(r.err));
     }
 
     void registerText()
@@ -164,9 +157,9 @@ private slots:
             QCOMPARE(db->count(QStringLiteral("FBT_AddInfo")), 2); // nothing written
             return;
         }
-        QCOMPARE(stored(code, QStringLiteral("RetDt")), date);
-        QCOMPARE(stored(code, QStringLiteral("RetAckNo")), number);
-        QCOMPARE(stored(code, QStringLiteral("IntDt")), interest);
+        QCOMPARE(stored(*db, code, QStringLiteral("RetDt")), date);
+        QCOMPARE(stored(*db, code, QStringLiteral("RetAckNo")), number);
+        QCOMPARE(stored(*db, code, QStringLiteral("IntDt")), interest);
     }
 };
 

@@ -6,6 +6,7 @@
 #include "db/sqltext.h"
 #include "screens/register/filingsave.h"
 #include "support/prompts.h"
+#include "support/testdatabase.h"
 
 #include <QStringList>
 #include <memory>
@@ -28,6 +29,12 @@ inline void insertFiling(Connection& c, const QString& code, int year, const QSt
     c.execute(QStringLiteral("update FBT_AddInfo set IntDt=%1 where Code_No=%2 and TYear=%3")
                   .arg(sqlQuote(intDt), sqlQuote(code))
                   .arg(year));
+}
+
+// A column of the client's FBT_AddInfo row of a year.
+inline QString stored(const TestDatabase& db, const QString& code, const QString& column, int year = 2008)
+{
+    return db.scalar(QStringLiteral("select %1 from FBT_AddInfo where Code_No=%2 and TYear=%3").arg(column, sqlQuote(code)).arg(year));
 }
 
 } // namespace corvane::test

@@ -80,9 +80,7 @@ private slots:
         QTest::newRow("exact") << "A001" << "A001";
         QTest::newRow("accented letter") << QString::fromUtf8("Ä001") << "";
         QTest::newRow("trailing blank") << "B002 " << "";
-        QTest::newRow("leading blank") << " B002" << "";
         QTest::newRow("one emoji for another") << QString::fromUtf8("😀") << QString::fromUtf8("😀");
-        QTest::newRow("other emoji") << QString::fromUtf8("😺") << "";
         QTest::newRow("lower case given") << "a001" << "";
         QTest::newRow("stored in lower case") << "A003" << "a003";
         QTest::newRow("wildcard") << "%" << "";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/privateserver.h"
 #include "support/clirunner.h"
 
 #include <QDir>
@@ -7,6 +8,7 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -15,6 +17,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace corvane::test {
@@ -112,39 +115,42 @@ public:
         rlimit old{};
         ::getrlimit(RLIMIT_FSIZE, &old);
         const auto oldHandler = ::signal(SIGXFSZ, SIG_IGN);
-        rlimit low = old;
-        low.rlim_cur = kLimit;
-        ::setrlimit(RLIMIT_FSIZE, &low);
-        try {
-            work();
-        } catch (...) {
+        const auto restore = qScopeGuard([&] {
             ::setrlimit(RLIMIT_FSIZE, &old);
             ::signal(SIGXFSZ, oldHandler);
-            throw;
-        }
-        ::setrlimit(RLIMIT_FSIZE, &old);
-        ::signal(SIGXFSZ, oldHandler);
+        });
+        limitFileSize();
+        work();
     }
 
     // For a program that must find the disk full.
     void prepare(QProcess& process)
     {
         fill();
-        if (mounted_)
-            return;
-        process.setChildProcessModifier([] {
-            ::signal(SIGXFSZ, SIG_IGN);
-            rlimit low{};
-            ::getrlimit(RLIMIT_FSIZE, &low);
-            low.rlim_cur = kLimit;
-            ::setrlimit(RLIMIT_FSIZE, &low);
-        });
+        if (!mounted_)
+            process.setChildProcessModifier(limitFileSize);
     }
 
 private:
+    // Writes past kLimit bytes fail (instead of raising a signal).
+    static void limitFileSize()
+    {
+        ::signal(SIGXFSZ, SIG_IGN);
+        rlimit low{};
+        ::getrlimit(RLIMIT_FSIZE, &low);
+        low.rlim_cur = kLimit;
+        ::setrlimit(RLIMIT_FSIZE, &low);
+    }
+
     QTemporaryDir base_;
     QString path_;
     bool mounted_ = false;
+};
+
+// Stops the private server of a test folder however the test ends, before the folder goes.
+struct StopAtEnd {
+    QString app;
+    ~StopAtEnd() { PrivateServer(app).stop(); }
 };
 
 // The built corvane command, with the disk full when one is given.
@@ -161,6 +167,13 @@ inline QByteArray contents(const QString& path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
+}
+
+// The permission bits of a file, -1 when it is not there.
+inline int modeOf(const QString& path)
+{
+    struct stat st{};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
 }
 
 // Files of a folder, hidden ones included, but not the filler of a full disk.

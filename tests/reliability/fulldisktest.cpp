@@ -1,13 +1,16 @@
 #include "faults.h"
+#include "core/errorlog.h"
 #include "core/failure.h"
 #include "core/modbase.h"
 #include "core/progress.h"
 #include "core/prompter.h"
+#include "core/resumenext.h"
 #include "screens/backup/restorejob.h"
 #include "db/sqltext.h"
 #include "support/clirunner.h"
 #include "support/files.h"
 #include "support/prompts.h"
+#include "support/testlog.h"
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
@@ -21,16 +24,23 @@ using namespace corvane;
 using namespace corvane::test;
 using namespace corvane::backup;
 
-// Settings and imports on a failing machine: a full disk, a file that cannot be read.
+// Settings, imports and the error log on a failing machine: a full disk, a file that cannot be read, hostile texts.
 class FullDiskTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<FullDisk> disk_;
+    QTemporaryDir app_;
 
 private slots:
     void initTestCase() { disk_ = std::make_unique<FullDisk>(); }
     void cleanupTestCase() { disk_.reset(); }
-    void init() { disk_->clear(); }
+    void init()
+    {
+        disk_->clear();
+        resetModbase();
+        modbase().AppPath = app_.path();
+        QFile::remove(logFilePath());
+    }
 
     void aFullDiskNeverEmptiesASettingsFile_data()
     {
@@ -86,9 +96,7 @@ private slots:
         QVERIFY(::chmod(QFile::encodeName(path).constData(), 0644) == 0);
         const CliResult r = cli({"ini", "set", "MySql", key, value}, {{"CORVANE_SYSTEM_DIR", system.path()}});
         QCOMPARE(r.status, 0);
-        struct stat st{};
-        QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
-        QCOMPARE(int(st.st_mode & 0777), mode);
+        QCOMPARE(modeOf(path), mode);
     }
 
     void anExportOnAFullDiskLeavesTheOldFile()
@@ -114,13 +122,10 @@ private slots:
         // GIVEN an application folder on a full disk and a list to import
         QTemporaryDir files;
         const QString list = files.filePath(QStringLiteral("branches.csv"));
-        {
-            QFile f(list);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("BANK,IFSC,BRANCH\n");
-            for (int i = 0; i < 2000; ++i)
-                f.write(QStringLiteral("BANK %1,ABCD0%2,BRANCH %1\n").arg(i).arg(i, 6, 10, QLatin1Char('0')).toLatin1());
-        }
+        QByteArray csv("BANK,IFSC,BRANCH\n");
+        for (int i = 0; i < 2000; ++i)
+            csv += QStringLiteral("BANK %1,ABCD0%2,BRANCH %1\n").arg(i).arg(i, 6, 10, QLatin1Char('0')).toLatin1();
+        writeFile(list, csv);
         // WHEN it is imported THEN the command refuses at once, naming the folder, and starts no server
         const CliResult r = cli({"--app-path", disk_->path(), "lookup", "import", "banks", list, "--replace"},
                           {{"CORVANE_SYSTEM_DIR", files.path()}}, disk_.get());
@@ -222,6 +227,49 @@ private slots:
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(QStringLiteral("Cannot read ") + path), qPrintable(r.err));
         QVERIFY(!QFileInfo::exists(app.filePath(QStringLiteral("MySQL"))));
+    }
+
+    void aLogLineKeepsItsSixFields_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("tab in the description") << "MySQL" << "a\tb" << "MySQL\ta b";
+        QTest::newRow("line breaks") << "MySQL" << "one\r\ntwo\nthree" << "MySQL\tone  two three";
+        QTest::newRow("tab in the source") << "My\tSQL" << "x" << "My SQL\tx";
+        QTest::newRow("tabs only") << "\t" << "\t\t" << " \t  ";
+    }
+
+    void aLogLineKeepsItsSixFields()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, description);
+        QFETCH(QString, logged);
+        ResumeNext guard(QStringLiteral("CLSDATA"), QStringLiteral("DELETECLIENT"));
+        guard([&] { throw Failure(1064, source, description); });
+        const QStringList lines = logLines();
+        QCOMPARE(lines.size(), 1);
+        QCOMPARE(lines.first().split(QLatin1Char('\t')).size(), 6);
+        QCOMPARE(lines.first().section(QLatin1Char('\t'), 2, 3), logged);
+        QCOMPARE(logContexts(), QStringList{QStringLiteral("CLSDATA\tDELETECLIENT")});
+        QCOMPARE(lastLoggedDescription(), description);
+        QCOMPARE(logNote(), QStringLiteral("logged in ") + logFilePath());
+    }
+
+    void aLogThatCannotBeWrittenIsSaidSo()
+    {
+        // GIVEN an application folder on a full disk
+        modbase().AppPath = disk_->path();
+        // WHEN a failure is logged
+        disk_->run([] {
+            ResumeNext guard(QStringLiteral("CLSMAIN"), QStringLiteral("SAVESETTININI"));
+            guard([] { throw Failure(28, QStringLiteral("Corvane"), QStringLiteral("Cannot write Confg.ini")); });
+        });
+        // THEN the note for the user says that it could not be logged, and why
+        QCOMPARE(lastLoggedDescription(), QStringLiteral("Cannot write Confg.ini"));
+        QVERIFY2(logNote().startsWith(QStringLiteral("it could not be logged: cannot write ") + disk_->path()), qPrintable(logNote()));
+        QVERIFY2(logNote().endsWith(disk_->reason()), qPrintable(logNote()));
+        QCOMPARE(contents(logFilePath()), QByteArray());
     }
 };
 

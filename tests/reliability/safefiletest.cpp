@@ -7,20 +7,9 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <sys/stat.h>
 
 using namespace corvane;
 using namespace corvane::test;
-
-namespace {
-
-int modeOf(const QString& path)
-{
-    struct stat st{};
-    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? int(st.st_mode & 07777) : -1;
-}
-
-} // namespace
 
 // Replacing a file: the old file or the whole new one, never anything between.
 class SafeFileTest : public QObject {
@@ -99,7 +88,6 @@ private slots:
         QTest::addColumn<int>("asked");
         QTest::addColumn<int>("expected");
         QTest::newRow("kept 0640") << 0640 << -1 << 0640;
-        QTest::newRow("kept 0604") << 0604 << -1 << 0604;
         QTest::newRow("asked 0600") << 0644 << 0600 << 0600;
     }
 

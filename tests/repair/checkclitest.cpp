@@ -4,20 +4,12 @@
 #include "support/testdatabase.h"
 #include "support/testmain.h"
 
-#include <QDir>
-#include <QTemporaryDir>
-
 using namespace corvane;
 using namespace corvane::test;
-using Damage = TableFiles::Damage;
 
 // `corvane check [--repair] [--yes]` against really damaged tables.
-class CheckCliTest : public QObject {
+class CheckCliTest : public QObject, DamageBench {
     Q_OBJECT
-
-    DamageBench bench;
-    std::unique_ptr<TestDatabase>& db = bench.db;
-    std::unique_ptr<TableFiles>& files = bench.files;
 
     CliResult corvane(const QStringList& args)
     {
@@ -26,8 +18,8 @@ class CheckCliTest : public QObject {
     }
 
 private slots:
-    void initTestCase() { bench.open(QStringLiteral("checkcli")); }
-    void cleanupTestCase() { bench.close(); }
+    void initTestCase() { openBench(QStringLiteral("checkcli")); }
+    void cleanupTestCase() { closeBench(); }
     void init()
     {
         files->dropAll();

@@ -11,7 +11,6 @@
 
 using namespace corvane;
 using namespace corvane::test;
-using Damage = TableFiles::Damage;
 
 namespace {
 
@@ -35,12 +34,9 @@ QStringList reports(const QList<TableProblem>& problems)
 } // namespace
 
 // The job against tables whose files were really damaged on the test server.
-class CheckRepairJobTest : public QObject {
+class CheckRepairJobTest : public QObject, DamageBench {
     Q_OBJECT
 
-    DamageBench bench;
-    std::unique_ptr<TestDatabase>& db = bench.db;
-    std::unique_ptr<TableFiles>& files = bench.files;
     RecordingProgress progress;
 
     QStringList allTables()
@@ -50,8 +46,8 @@ class CheckRepairJobTest : public QObject {
     }
 
 private slots:
-    void initTestCase() { bench.open(QStringLiteral("checkjob")); }
-    void cleanupTestCase() { bench.close(); }
+    void initTestCase() { openBench(QStringLiteral("checkjob")); }
+    void cleanupTestCase() { closeBench(); }
     void init()
     {
         files->dropAll();

@@ -20,7 +20,6 @@
 
 using namespace corvane;
 using namespace corvane::test;
-using Damage = TableFiles::Damage;
 
 namespace {
 
@@ -51,12 +50,9 @@ QString buttons(QWidget& form)
 
 } // namespace
 
-class FrmChkRepTest : public QObject {
+class FrmChkRepTest : public QObject, DamageBench {
     Q_OBJECT
 
-    DamageBench bench;
-    std::unique_ptr<TestDatabase>& db = bench.db;
-    std::unique_ptr<TableFiles>& files = bench.files;
     std::shared_ptr<HookedPrompter> prompts;
 
     // The screen shown, with its check on showing done.
@@ -68,8 +64,8 @@ class FrmChkRepTest : public QObject {
     }
 
 private slots:
-    void initTestCase() { bench.open(QStringLiteral("frmchkrep")); }
-    void cleanupTestCase() { bench.close(); }
+    void initTestCase() { openBench(QStringLiteral("frmchkrep")); }
+    void cleanupTestCase() { closeBench(); }
     void init()
     {
         files->dropAll();
@@ -207,12 +203,11 @@ private slots:
         QWidget host;
         host.show();
         QString seen;
-        prompts->onAsk = [&](const Prompter::Question& q) {
+        prompts->onAsk = [&](const Prompter::Question&) {
             QWidget* modal = QApplication::activeModalWidget();
             seen = modal ? modal->objectName() + (modal->parentWidget() == &host ? " over the host" : " alone") : "none";
             // the user closes the screen once the check is done
             QTimer::singleShot(0, modal, [modal] { QTest::mouseClick(child<QPushButton>(*modal, "cmdcancel"), Qt::LeftButton); });
-            Q_UNUSED(q);
         };
         // WHEN the host calls RepairData with its form
         ClsMain().RepairData(&host);

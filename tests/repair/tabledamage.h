@@ -2,6 +2,7 @@
 
 #include "db/connection.h"
 #include "db/sqltext.h"
+#include "support/files.h"
 #include "support/testdatabase.h"
 
 #include <QFile>
@@ -74,16 +75,10 @@ public:
             QVERIFY(QFile::resize(data, kRowsBeforeCut * rowLength + rowLength / 2));
             break;
         }
-        case Damage::MarkedCrashed: {
+        case Damage::MarkedCrashed:
             // The state flags byte; 2 is "crashed".
-            QFile file(index);
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QVERIFY(file.seek(26));
-            const char flags = file.read(1).at(0);
-            QVERIFY(file.seek(26));
-            QCOMPARE(file.write(QByteArray(1, char(flags | 2))), qint64(1));
+            overwrite(index, 26, QByteArray(1, char(readFile(index).at(26) | 2)));
             break;
-        }
         case Damage::DataDeleted:
             QVERIFY(QFile::remove(data));
             break;
@@ -106,16 +101,18 @@ private:
     QString folder_;
 };
 
-// A database without the host's tables and its table files, for a whole test class.
+using Damage = TableFiles::Damage;
+
+// A database without the host's tables and its table files, for a whole test class (a base of the class).
 struct DamageBench {
     std::unique_ptr<TestDatabase> db;
     std::unique_ptr<TableFiles> files;
-    void open(const QString& name)
+    void openBench(const QString& name)
     {
         db = std::make_unique<TestDatabase>(name, false);
         files = std::make_unique<TableFiles>(**db);
     }
-    void close()
+    void closeBench()
     {
         files.reset();
         db.reset();
