@@ -1,6 +1,6 @@
 #include "component/clsmain.h"
+#include "bank/banktestsupport.h"
 #include "component/components.h"
-#include "components/bankinfo/bankinfo.h"
 #include "core/modbase.h"
 #include "core/objectregistry.h"
 #include "core/prompter.h"
@@ -28,42 +28,6 @@ using namespace corvane::test;
 Q_DECLARE_METATYPE(Prompter::Answer)
 
 namespace {
-
-// A bank information component that answers the AO lookup from a script and
-// records what it was asked.
-struct FakeBankInfo : BankInfo {
-    struct Script {
-        QStringList answer;
-        QString city;
-        bool filterByCity = false;
-        qsizetype resultSize = -1;
-    };
-    static Script& script()
-    {
-        static Script s;
-        return s;
-    }
-    // Installs the fake under the component's class identifier with a fresh script.
-    static Script& install(const QStringList& answer)
-    {
-        script() = Script{answer, {}, false, -1};
-        ObjectRegistry::instance().registerClass(kBankInfoClass, [] { return std::make_shared<FakeBankInfo>(); });
-        return script();
-    }
-    static void uninstall() { registerDefaultComponents(); }
-
-    void InitMe(QString&, std::shared_ptr<Connection>&, QString&, float&, float&, float&) override {}
-    void GetBSRCode(const QString&, QStringList&) override {}
-    void GetMICR(const QString&, QStringList&) override {}
-    void GetPANTANAoCode(const QString& City, bool FilterByCity, QStringList& Result) override
-    {
-        script().city = City;
-        script().filterByCity = FilterByCity;
-        script().resultSize = Result.size();
-        for (qsizetype i = 0; i < Result.size(); ++i)
-            Result[i] = script().answer.value(i);
-    }
-};
 
 // Rows with every box ticked and filled, as each edition writes them (after Code_No and TYear).
 const char* const kFirstRow = "'1','W7','OLD','4','1','R9','02/03/2008','136','1','1','01/01/2008','1','03/03/2008','1','0',"
@@ -403,7 +367,7 @@ private slots:
         QFETCH(QStringList, shown);
         // GIVEN a client in Pune, typed AO boxes, and the component (or none)
         db_->connection()->execute(QStringLiteral("insert into FBT_Info (Code_No, City) values ('C001', '  Pune ')"));
-        FakeBankInfo::Script& asked = FakeBankInfo::install(answer);
+        FakeBankInfo::install(answer);
         if (!registered)
             ObjectRegistry::instance().unregisterClass(kBankInfoClass);
         auto form = open(edition);
@@ -413,16 +377,13 @@ private slots:
             child<QLineEdit>(*form, boxes[i])->setText(QStringList{"MUM", "W", "1", "2"}[i]);
         // WHEN the lookup is pressed
         child<QPushButton>(*form, "cmdao")->click();
-        FakeBankInfo::uninstall();
+        registerDefaultComponents();
         // THEN the boxes show the officer's code, or stay; the component was asked for the client's city
         for (int i = 0; i < 4; ++i)
             QCOMPARE(child<QLineEdit>(*form, boxes[i])->text(), shown[i]);
         QCOMPARE(test::logContexts().contains(QStringLiteral("frmaddinfo\tCMDAO_CLICK")), !registered);
-        if (registered) {
-            QCOMPARE(asked.city, QStringLiteral("Pune"));
-            QVERIFY(asked.filterByCity);
-            QCOMPARE(asked.resultSize, 8);
-        }
+        if (registered)
+            QCOMPARE(FakeBankInfo::script().calls.last(), QStringLiteral("GetPANTANAoCode(Pune, 1, 8)"));
     }
 
     void bankDetailsOpensTheAccountsScreen()
@@ -534,10 +495,8 @@ private slots:
         form->close();
         // THEN the question is asked only for edits, and the answer decides
         QCOMPARE(prompter_->texts(), messages);
-        if (!messages.isEmpty()) {
+        if (!messages.isEmpty())
             QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::YesNoCancel);
-            QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Question);
-        }
         QCOMPARE(form->isVisible(), staysOpen);
         QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("Ward='W 12'")), rows);
         QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf")), edition == 2 ? rows : 0);

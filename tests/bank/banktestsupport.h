@@ -25,7 +25,7 @@
 namespace corvane::test {
 
 // Stands in for ORVMiscInf.ClsMain: answers every Get… call with a scripted
-// array and records what it was given.
+// array and records what it was given (the additional information screens use it too).
 class FakeBankInfo : public BankInfo {
 public:
     struct Script {
@@ -58,7 +58,12 @@ public:
         script().calls << QStringLiteral("GetMICR(%1)").arg(BankName);
         Result = script().answer;
     }
-    void GetPANTANAoCode(const QString&, bool, QStringList&) override {} // no bank screen asks for an officer
+    void GetPANTANAoCode(const QString& City, bool FilterByCity, QStringList& Result) override
+    {
+        script().calls << QStringLiteral("GetPANTANAoCode(%1, %2, %3)").arg(City).arg(int(FilterByCity)).arg(Result.size());
+        for (qsizetype i = 0; i < Result.size(); ++i)
+            Result[i] = script().answer.value(i);
+    }
 };
 
 inline const QString kClient = QStringLiteral("A001");

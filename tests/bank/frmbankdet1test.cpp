@@ -53,7 +53,6 @@ private slots:
         QTest::addColumn<QString>("names");   // stored, in code order
         const QString three = QStringLiteral("BANK 1,BANK 2,BANK 3");
         const int yes = int(Prompter::Answer::Yes), no = int(Prompter::Answer::No);
-        QTest::newRow("loading shows the first") << "" << -1 << "1" << three;
         QTest::newRow("last, previous") << "cmdlast,cmdprev" << -1 << "2" << three;
         QTest::newRow("next, next, first") << "cmdnext,cmdnext,cmdfirst" << -1 << "1" << three;
         QTest::newRow("add: stored under the proposed code and shown")
@@ -209,7 +208,6 @@ private slots:
             click(*form, "cmdexit");
         // THEN the screen closes on Yes and stays (in its state) on No; nothing is written
         QCOMPARE(prompts->texts(), QStringList{question});
-        QCOMPARE(prompts->asked().front().icon, Prompter::Icon::Exclamation);
         QCOMPARE(form->isVisible(), !yes);
         QCOMPARE(editing(*form), whileAdding && !yes);
         QCOMPARE(db->count(QStringLiteral("Bank_Master")), 1);
