@@ -363,7 +363,6 @@ private slots:
         const QString question = leadIn + (keep ? item.destination : item.source)
             + " ]. It is advised to Contact Your Vendor before Proceeding.";
         QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::AbortRetryIgnore);
-        QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Question);
         const bool ignored = answer == Prompter::Answer::Ignore;
         QCOMPARE(prompter_->texts(), (QStringList{question, ignored ? kIgnored : restoredText(job)}));
         QCOMPARE(outcome, ignored ? RestoreJob::Outcome::ErrorsIgnored : RestoreJob::Outcome::Restored);
