@@ -54,6 +54,19 @@ private:
 const QByteArray kBankHeader = "BANK,IFSC,MICR,BRANCH,ADDRESS,CITY,DISTRICT,STATE\n";
 const QByteArray kAoHeader = "CITY,AREA CODE,AO TYPE,RANGE CODE,AO NUMBER,JURISDICTION\n";
 
+// A branch list of IFSCs ABCD0<from> on, their branches named "<branch> N" (the row at refused: "REFUSED").
+QByteArray branchList(int from, int count, const QString& branch, int refused = -1)
+{
+    QByteArray bytes = kBankHeader;
+    for (int i = from; i < from + count; ++i)
+        bytes += QStringLiteral("BANK %1,ABCD0%2,,%3,,CITY,,\n")
+                     .arg(i % 7)
+                     .arg(i, 6, 10, QLatin1Char('0'))
+                     .arg(i == refused ? QStringLiteral("REFUSED") : QStringLiteral("%1 %2").arg(branch).arg(i))
+                     .toLatin1();
+    return bytes;
+}
+
 } // namespace
 
 class LookupImportTest : public QObject {
@@ -239,15 +252,11 @@ private slots:
     {
         QFETCH(bool, replace);
         // GIVEN a list of two branches, and for a replacement the work table of an import interrupted before
-        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
         load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,,FORT,,MUMBAI,,\nSBI,SBIN0000002,,WORLI,,MUMBAI,,\n");
         if (replace)
             (*db)->execute(QStringLiteral("CREATE TABLE MiscInf_Branch__import LIKE MiscInf_Branch"));
         // WHEN a large import loses its server connection in the middle
-        QByteArray bytes = kBankHeader;
-        for (int i = 0; i < 3000; ++i)
-            bytes += QStringLiteral("BANK,ABCD0%1,,BRANCH %1,,CITY,,\n").arg(i, 6, 10, QLatin1Char('0')).toLatin1();
-        importKilledHalfway(Kind::Banks, bytes, ImportOptions{replace, 500});
+        importKilledHalfway(Kind::Banks, branchList(0, 3000, QStringLiteral("BRANCH")), ImportOptions{replace, 500});
         if (QTest::currentTestFailed())
             return;
         // THEN a replaced list is whole, and one added to can be read with the rows written so far
@@ -300,18 +309,11 @@ private slots:
         QFETCH(bool, replace);
         QFETCH(int, batch);
         QFETCH(int, expected);
-        auto file = [](int from, int count, const QString& branch) {
-            QByteArray bytes = kBankHeader;
-            for (int i = from; i < from + count; ++i)
-                bytes += QStringLiteral("BANK %1,ABCD0%2,,%3 %4,,CITY,,\n").arg(i % 7).arg(i, 6, 10, QLatin1Char('0')).arg(branch).arg(i).toLatin1();
-            return bytes;
-        };
-        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
         if (present)
-            load(Kind::Banks, file(present > 10 ? 0 : 100, present, QStringLiteral("OLD")));
+            load(Kind::Banks, branchList(present > 10 ? 0 : 100, present, QStringLiteral("OLD")));
         // WHEN a file is imported in batches
         StatementRecorder recorder;
-        const ImportResult r = load(Kind::Banks, file(10, fileRows, QStringLiteral("NEW")), ImportOptions{replace, batch});
+        const ImportResult r = load(Kind::Banks, branchList(10, fileRows, QStringLiteral("NEW")), ImportOptions{replace, batch});
         recorder.stop();
         // THEN every row is there once, in one statement per batch, beside the old rows or in their place;
         // the file's rows have their new names, the name index finds them, nothing is left locked or behind
@@ -387,19 +389,12 @@ private slots:
         QFETCH(bool, replace);
         QFETCH(int, refusedRow);
         // GIVEN a list of two branches whose table refuses one branch name of the file
-        (*db)->execute(QStringLiteral("DROP TABLE IF EXISTS MiscInf_Branch"));
         load(Kind::Banks, kBankHeader + "SBI,SBIN0000001,,FORT,,MUMBAI,,\nSBI,SBIN0000002,,WORLI,,MUMBAI,,\n");
         (*db)->execute(QStringLiteral("ALTER TABLE MiscInf_Branch ADD CONSTRAINT refused CHECK (Branch <> 'REFUSED')"));
-        QByteArray bytes = kBankHeader;
-        for (int i = 0; i < 1000; ++i)
-            bytes += QStringLiteral("BANK,ABCD0%1,,%2,,CITY,,\n")
-                         .arg(i, 6, 10, QLatin1Char('0'))
-                         .arg(i == refusedRow ? QStringLiteral("REFUSED") : QStringLiteral("BRANCH %1").arg(i))
-                         .toLatin1();
         // WHEN it is imported
         long number = 0;
         try {
-            load(Kind::Banks, bytes, ImportOptions{replace, 100});
+            load(Kind::Banks, branchList(0, 1000, QStringLiteral("BRANCH"), refusedRow), ImportOptions{replace, 100});
         } catch (const Failure& f) {
             number = f.number();
         }

@@ -149,16 +149,22 @@ private slots:
 
     void editShowsTheStoredClient()
     {
-        // GIVEN a client with two natures, a state outside the list and a status the list does not name
+        // GIVEN a client with two natures, a state outside the state file's list and a status the list does not name
         HostFixture f(QStringLiteral("cm_edit"), true, true);
         QVERIFY(f.start());
+        writeFile(f.db.appPath() + "/Data/StateCodes.txt", "Andhra Pradesh, Assam\r\n\"Gujarat\"\r\n");
         f.db->execute("Update FBT_Info set ClStatus=7, State='LAKSHADWEEP' where Code_No='A001'");
         ClientService service(f.cls);
         // WHEN it is opened in the client master and saved unchanged
         ClientDialog dialog(f.cls, service, "A001");
         QCOMPARE(control<QLineEdit>(&dialog, "txtname")->text(), QStringLiteral("ANAND TEXTILE MILLS PVT LTD"));
         QCOMPARE(control<QComboBox>(&dialog, "cbostatus")->currentText(), QStringLiteral("7"));
-        QCOMPARE(control<QComboBox>(&dialog, "cbostate")->currentText(), QStringLiteral("LAKSHADWEEP"));
+        auto* states = control<QComboBox>(&dialog, "cbostate");
+        QCOMPARE(states->currentText(), QStringLiteral("LAKSHADWEEP"));
+        QStringList offered; // the file's states in capitals after an empty choice, then the stored one
+        for (int i = 0; i < states->count(); ++i)
+            offered << states->itemText(i);
+        QCOMPARE(offered, (QStringList{"", "ANDHRA PRADESH", "ASSAM", "GUJARAT", "LAKSHADWEEP"}));
         QStringList ticked;
         auto* natures = control<QListWidget>(&dialog, "lstnature");
         for (int i = 0; i < natures->count(); ++i)
@@ -170,23 +176,6 @@ private slots:
         // THEN nothing of it changes
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QCOMPARE(infoRow(f.db, "A001"), before);
-    }
-
-    void stateListComesFromTheStateFile()
-    {
-        // GIVEN a state file in the application folder
-        HostFixture f(QStringLiteral("cm_states"));
-        QVERIFY(f.start());
-        writeFile(f.db.appPath() + "/Data/StateCodes.txt", "Andhra Pradesh, Assam\r\n\"Gujarat\"\r\n");
-        ClientService service(f.cls);
-        // WHEN the client master opens
-        ClientDialog dialog(f.cls, service, QString());
-        // THEN the states are offered in capitals after an empty choice
-        auto* states = control<QComboBox>(&dialog, "cbostate");
-        QStringList offered;
-        for (int i = 0; i < states->count(); ++i)
-            offered << states->itemText(i);
-        QCOMPARE(offered, (QStringList{"", "ANDHRA PRADESH", "ASSAM", "GUJARAT"}));
     }
 
     // Which rows move is the client service's test; here the question and what the screens do after it.

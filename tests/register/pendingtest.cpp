@@ -5,6 +5,7 @@
 #include "screens/register/pending.h"
 #include "support/formdriver.h"
 #include "support/testdatabase.h"
+#include "support/testlog.h"
 #include "support/testmain.h"
 
 #include <QAction>
@@ -324,7 +325,12 @@ private slots:
         QCOMPARE(doc.lines.at(2).cells.size(), 6);
         QCOMPARE(doc.lines.at(2).cells.at(0).text, QStringLiteral("K10"));
         QCOMPARE(doc.lines.at(2).cells.at(1).width, child<QTableView>(*form, "Grid2")->columnWidth(1));
+        QVERIFY(doc.lines.at(1).heading && doc.lines.at(1).condensed);
+        // without a viewer nothing is shown and the failure is logged
         modbase().reportViewer.reset();
+        form->Dos()->trigger();
+        QCOMPARE(shown, 1);
+        QVERIFY(logContexts().contains(QStringLiteral("Pending\tDOS_CLICK")));
     }
 };
 

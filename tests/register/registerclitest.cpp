@@ -53,9 +53,6 @@ private slots:
             << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "14/05/2008"} << 0 << header + a1 << "";
         QTest::newRow("another year: nobody filed")
             << QStringList{"register", "--year", "2007", "--returns", "filed"} << 0 << header << "";
-        QTest::newRow("equal dates refused")
-            << QStringList{"register", "--year", "2008", "--from", "01/04/2008", "--to", "01/04/2008"} << 1 << ""
-            << "First date should be less than the second date.";
         QTest::newRow("begin not a date")
             << QStringList{"register", "--year", "2008", "--from", "1/4/2008", "--to", "01/05/2008"} << 1 << ""
             << "Invalid date entry. (--from";
@@ -97,10 +94,16 @@ private slots:
         const QString pdf = dir.filePath(QStringLiteral("register.pdf"));
         CliResult r = corvane({"register", "--year", "2008", "--output", pdf});
         QVERIFY2(r.status == 0, qPrintable(r.err));
+        // the title, then each row's six shown columns (the interest date stays out)
         const QString text = pdfText(pdf);
         QVERIFY(text.contains(QStringLiteral("List of All Clients for the Assessment Year 2008-09")));
-        for (const char* code : {"A1", "B2", "C3"})
-            QVERIFY(text.contains(QString::fromLatin1(code) + QLatin1Char(' ')));
+        QVERIFY(text.contains(QStringLiteral("Acknowledgement No.")));
+        QStringList lines;
+        for (const QString& l : text.split(QLatin1Char('\n')))
+            lines << l.simplified();
+        QVERIFY(lines.contains(QStringLiteral("A1 Alpha, Sons ABCDE1234F HUF 01/04/2008 K-1")));
+        QVERIFY(lines.contains(QStringLiteral("B2 Beta \"Best\" 2")));
+        QVERIFY(lines.contains(QStringLiteral("C3 Gamma PQRST9876Z Individual 15/05/2008 K-3")));
         const QString csv = dir.filePath(QStringLiteral("register.csv"));
         r = corvane({"register", "--year", "2008", "--format", "text", "--output", csv});
         QCOMPARE(r.status, 0);
@@ -120,9 +123,6 @@ private slots:
         QTest::newRow("new row for B2, the date normalised")
             << QStringList{"filing", "B2", "--year", "2008", "--date", "02042008", "--ack", "N-2"} << 0 << ""
             << "02/04/2008" << "N-2" << "";
-        QTest::newRow("unknown code")
-            << QStringList{"filing", "b2", "--year", "2008", "--date", "02/04/2008"} << 1 << "Client Code does not Exists."
-            << "" << "" << "";
         QTest::newRow("incomplete date")
             << QStringList{"filing", "B2", "--year", "2008", "--date", "1/4/2008"} << 1 << "Please Specify a Valid Date."
             << "" << "" << "";
@@ -153,7 +153,7 @@ private slots:
         QVERIFY2(r.status == status, qPrintable(r.err));
         if (!message.isEmpty())
             QVERIFY2(r.err.contains(message), qPrintable(r.err));
-        if (status == 2 || code == QStringLiteral("b2") || (status == 1 && code == QStringLiteral("B2"))) {
+        if (status == 2 || (status == 1 && code == QStringLiteral("B2"))) {
             QCOMPARE(db->count(QStringLiteral("FBT_AddInfo")), 2); // nothing written
             return;
         }

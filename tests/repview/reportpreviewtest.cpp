@@ -1,3 +1,5 @@
+#include "reportlines.h"
+
 #include "components/repview/reportpreview.h"
 #include "components/repview/repview.h"
 #include "core/chooser.h"
@@ -14,6 +16,7 @@
 #include <QTemporaryDir>
 
 using namespace corvane;
+using namespace corvane::test;
 
 class ReportPreviewTest : public QObject {
     Q_OBJECT
@@ -21,30 +24,6 @@ class ReportPreviewTest : public QObject {
     QTemporaryDir dir;
     std::shared_ptr<ScriptedChooser> files;
     std::shared_ptr<ScriptedPrompter> prompts;
-
-    static void fill(ReportViewer& viewer, int rows)
-    {
-        viewer.NewReport();
-        QVector<QVariant> values{QStringLiteral("Report Title")};
-        QVector<qint16> shorts{78};
-        QVector<qint32> longs{1};
-        QStringList t1, t2;
-        bool flag = false;
-        QString a = QStringLiteral("0"), b = a, c = a, d = a;
-        viewer.WriteToReport(values, shorts, longs, t1, t2, flag, a, b, c, d);
-        viewer.CreateTable(2, 0);
-        for (int i = 0; i <= rows; ++i) {
-            values = {i == 0 ? QStringLiteral("Code") : QStringLiteral("C%1").arg(i),
-                      i == 0 ? QStringLiteral("Name") : QStringLiteral("Name, %1").arg(i)};
-            shorts = {100, 200};
-            longs = {0, 0};
-            a = i == 0 ? QStringLiteral("11") : QStringLiteral("00");
-            b = QStringLiteral("11");
-            c = QStringLiteral("00");
-            d = a;
-            viewer.WriteToReport(values, shorts, longs, t1, t2, flag, a, b, c, d);
-        }
-    }
 
 private slots:
     void init()
@@ -70,7 +49,7 @@ private slots:
             title = preview.windowTitle();
             return 0;
         };
-        fill(*viewer, 120);
+        table(*viewer, 120, QStringLiteral("Report Title"));
         viewer->ShowReport();
         RepView::runner() = [](QDialog& dialog) { return dialog.exec(); };
         QVERIFY(pages >= 2);
@@ -80,15 +59,12 @@ private slots:
     void exports()
     {
         ReportRecorder recorder;
-        fill(recorder, 3);
+        table(recorder, 3, QStringLiteral("Report Title"));
         ReportPreview preview(recorder.document());
-        QVERIFY(preview.findChild<QAction*>(QStringLiteral("actExportPdf")));
-        QVERIFY(preview.findChild<QAction*>(QStringLiteral("actExportCsv")));
-
         const QString csv = dir.filePath(QStringLiteral("r.csv"));
         files->then(csv);
         preview.findChild<QAction*>(QStringLiteral("actExportCsv"))->trigger();
-        QCOMPARE(test::readFile(csv), QByteArray("Code,Name\r\nC1,\"Name, 1\"\r\nC2,\"Name, 2\"\r\nC3,\"Name, 3\"\r\n"));
+        QCOMPARE(test::readFile(csv), QByteArray("Code,Name,Amount\r\nC1,\"Client, 1\",10\r\nC2,\"Client, 2\",20\r\nC3,\"Client, 3\",30\r\n"));
 
         const QString pdf = dir.filePath(QStringLiteral("r.pdf"));
         files->then(pdf);
@@ -105,6 +81,7 @@ private slots:
         QVERIFY(!preview.exportPdf());
         QCOMPARE(prompts->texts().size(), 2);
         QVERIFY(prompts->texts().first().startsWith(QStringLiteral("The report could not be exported: ")));
+        QVERIFY(prompts->texts().last().contains(QStringLiteral("/nonexistent-dir/r.pdf")));
     }
 };
 
