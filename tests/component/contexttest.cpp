@@ -73,31 +73,38 @@ private slots:
         QVERIFY(!modbase().currentError.has_value());
     }
 
-    void logLineHasFiveTabSeparatedItems_data()
+    void aLogLineHasSixTabSeparatedItems_data()
     {
         QTest::addColumn<long>("number");
+        QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("description");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("plain") << 13L << "Type mismatch"
-                               << "21/11/2026 09:05:07\t13\tTestSource\tType mismatch\tMODBASE\tMULTISPCJS1";
-        QTest::newRow("negative") << -2147217900L << "Syntax error"
-                                  << "21/11/2026 09:05:07\t-2147217900\tTestSource\tSyntax error\tMODBASE\tMULTISPCJS1";
-        QTest::newRow("another exception: an invalid call") << 0L << "index"
-                                                             << "21/11/2026 09:05:07\t5\tCorvane\tindex\tMODBASE\tMULTISPCJS1";
+        QTest::addColumn<QString>("logged"); // number, source and description as the line holds them
+        QTest::newRow("plain") << 13L << "TestSource" << "Type mismatch" << "13\tTestSource\tType mismatch";
+        QTest::newRow("negative") << -2147217900L << "TestSource" << "Syntax error" << "-2147217900\tTestSource\tSyntax error";
+        QTest::newRow("another exception: an invalid call") << 0L << "" << "index" << "5\tCorvane\tindex";
+        // A tab would add an item and a line break would split the line: both become blanks.
+        QTest::newRow("tab in the description") << 1064L << "MySQL" << "a\tb" << "1064\tMySQL\ta b";
+        QTest::newRow("line breaks") << 1064L << "MySQL" << "one\r\ntwo\nthree" << "1064\tMySQL\tone  two three";
+        QTest::newRow("tab in the source") << 1064L << "My\tSQL" << "x" << "1064\tMy SQL\tx";
+        QTest::newRow("tabs only") << 1064L << "\t" << "\t\t" << "1064\t \t  ";
     }
 
-    void logLineHasFiveTabSeparatedItems()
+    void aLogLineHasSixTabSeparatedItems()
     {
         QFETCH(long, number);
+        QFETCH(QString, source);
         QFETCH(QString, description);
-        QFETCH(QString, expected);
+        QFETCH(QString, logged);
         ResumeNext guard(QStringLiteral("MODBASE"), QStringLiteral("MULTISPCJS1"));
         guard([&] {
             if (!number)
                 throw std::out_of_range(description.toStdString());
-            fail(number, description);
+            throw Failure(number, source, description);
         });
-        QCOMPARE(test::logLines(), QStringList{expected});
+        QCOMPARE(test::logLines(), QStringList{"21/11/2026 09:05:07\t" + logged + "\tMODBASE\tMULTISPCJS1"});
+        // The message for the user keeps the description as it was.
+        QCOMPARE(lastLoggedDescription(), description);
+        QCOMPARE(logNote(), QStringLiteral("logged in ") + logFilePath());
     }
 
     void nothingPendingWritesNothing()

@@ -34,6 +34,7 @@ private slots:
         QTest::newRow("zero") << "0" << "Nil" << 0;
         QTest::newRow("one rupee") << "1" << "One Rupee Only" << 0;
         QTest::newRow("one rupee and paisa") << "1.50" << "One Rupee And Fifty Paisa Only" << 0;
+        QTest::newRow("ten") << "10" << "Ten Only" << 0;
         QTest::newRow("nineteen") << "19" << "Nineteen Only" << 0;
         QTest::newRow("nineteen in every group") << "191919919"
                                                  << "Nineteen Crore Nineteen Lac Nineteen Thousand Nine Hundred Nineteen Only" << 0;
@@ -77,36 +78,6 @@ private slots:
             QCOMPARE(context, QStringLiteral("CLSMAIN\tCONVERTTOWORD"));
     }
 
-    void helpers_data()
-    {
-        QTest::addColumn<QString>("helper");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("words");
-
-        QTest::newRow("tens 10") << "tens" << "10" << "Ten";
-        QTest::newRow("tens 19") << "tens" << "19" << "Nineteen";
-        QTest::newRow("tens 20") << "tens" << "20" << "Twenty";
-        QTest::newRow("tens 05") << "tens" << "05" << "Five";
-        QTest::newRow("tens 00") << "tens" << "00" << "";
-        QTest::newRow("tens lone 1") << "tens" << "1" << "";
-        QTest::newRow("hundreds 919") << "hundreds" << "919" << "Nine Hundred Nineteen";
-        QTest::newRow("hundreds 007") << "hundreds" << "007" << "Seven";
-        QTest::newRow("hundreds 000") << "hundreds" << "000" << "";
-        QTest::newRow("digit 0") << "digit" << "0" << "";
-        QTest::newRow("digit empty") << "digit" << "" << "";
-    }
-
-    void helpers()
-    {
-        QFETCH(QString, helper);
-        QFETCH(QString, input);
-        QFETCH(QString, words);
-        const QString result = helper == QLatin1String("tens")       ? ConvertTens(input)
-                             : helper == QLatin1String("hundreds") ? ConvertHundreds(input)
-                                                                    : ConvertDigit(input);
-        QCOMPARE(result, words);
-    }
-
     void validPan_data()
     {
         QTest::addColumn<QString>("pan");
@@ -147,6 +118,7 @@ private slots:
         const QString f = QStringLiteral("dd/MM/yyyy");
         QTest::newRow("points, January") << "5.1.8" << f << "2009" << 0 << "05/01/2008" << "2009" << false;
         QTest::newRow("April takes the year before") << "15/4/8" << f << "2009" << 0 << "15/04/2008" << "2008" << false;
+        QTest::newRow("the variable goes back, not to the date") << "15/4/8" << f << "2015" << 0 << "15/04/2008" << "2014" << false;
         QTest::newRow("no such day") << "31/02/2008" << f << "2009" << 0 << "" << "2009" << false;
         QTest::newRow("29 stays in the century") << "12/05/29" << f << "2009" << 0 << "12/05/2029" << "2008" << false;
         QTest::newRow("30 goes back a century") << "12/05/30" << f << "2009" << 0 << "12/05/1930" << "2008" << false;
@@ -185,15 +157,6 @@ private slots:
         QCOMPARE(ConvertDate(dt, format, yr), result);
         QCOMPARE(yr, yrAfter);
         QCOMPARE(test::logContexts(), logged ? QStringList{QStringLiteral("CLSMAIN\tCONVERTDATE")} : QStringList());
-    }
-
-    void convertDate_decrementsTheCallersVariableEachTime()
-    {
-        QString yr = QStringLiteral("2009");
-        QCOMPARE(ConvertDate(QStringLiteral("15/4/8"), QStringLiteral("dd/MM/yyyy"), yr), QStringLiteral("15/04/2008"));
-        QCOMPARE(yr, QStringLiteral("2008"));
-        QCOMPARE(ConvertDate(QStringLiteral("15/4/8"), QStringLiteral("dd/MM/yyyy"), yr), QStringLiteral("15/04/2008"));
-        QCOMPARE(yr, QStringLiteral("2007"));
     }
 
     void isDayFirstDate_data()

@@ -166,6 +166,8 @@ private slots:
         QTest::newRow("stored in small letters, asked so") << "c003" << "c003" << "N100" << 0;
         QTest::newRow("new code fills the column") << "C001" << "C001" << full << 10;
         QTest::newRow("new code one longer is refused") << "C001" << "C001" << full + QLatin1Char('N') << -1;
+        // Characters are counted, not bytes.
+        QTest::newRow("new code of 20 emoji fills the column") << "C001" << "C001" << QString::fromUtf8("😀").repeated(20) << 10;
     }
 
     void changeCode()

@@ -4,7 +4,6 @@
 #include "db/sqltext.h"
 #include "screens/addinfo/addinforecord.h"
 #include "screens/bank/bankaccounts.h"
-#include "screens/bank/bankregister.h"
 #include "support/clirunner.h"
 #include "support/prompts.h"
 #include "support/testdatabase.h"
@@ -99,29 +98,16 @@ private slots:
         QCOMPARE(detailRows(), (kSeeded.size() - (deleted.isEmpty() ? 0 : 1)) * 3);
     }
 
-    void renameRefusesACodeLongerThanTheColumn_data()
-    {
-        QTest::addColumn<int>("length");
-        QTest::addColumn<int>("status");
-        QTest::newRow("20 characters fit") << 20 << 0;
-        QTest::newRow("21 characters do not") << 21 << 1;
-        QTest::newRow("20 emoji fit") << -20 << 0;
-        QTest::newRow("21 emoji do not") << -21 << 1;
-    }
-
     void renameRefusesACodeLongerThanTheColumn()
     {
-        QFETCH(int, length);
-        QFETCH(int, status);
-        const QString newCode = length > 0 ? QString(length, QLatin1Char('N')) : QString::fromUtf8("😀").repeated(-length);
+        // GIVEN a new code one longer than code_no holds, in characters that take four bytes each
+        const QString newCode = QString::fromUtf8("😀").repeated(21);
         const CliResult r = runCli(databaseArgs(*db_) + QStringList{"client", "rename", "B002", newCode});
-        QCOMPARE(r.status, status);
-        QCOMPARE(rowsOf(newCode), status == 0 ? 6 : 0);
-        QCOMPARE(rowsOf(QStringLiteral("B002")), status == 0 ? 0 : 6);
-        if (status != 0) {
-            QVERIFY2(r.err.contains(QStringLiteral("code_no")), qPrintable(r.err));
-            QVERIFY2(r.err.contains(QStringLiteral("at most 20")), qPrintable(r.err));
-        }
+        // THEN the command fails naming the column and its width, and nothing changed
+        QCOMPARE(r.status, 1);
+        QVERIFY2(r.err.contains(QStringLiteral("code_no")) && r.err.contains(QStringLiteral("at most 20")), qPrintable(r.err));
+        QCOMPARE(rowsOf(newCode), 0);
+        QCOMPARE(rowsOf(QStringLiteral("B002")), 6);
     }
 
     void valuesLongerThanTheirColumnAreRefused_data()
@@ -130,8 +116,6 @@ private slots:
         QTest::addColumn<QString>("value");
         QTest::addColumn<QString>("field"); // named in the refusal; empty when the value is stored
         const QString emoji = QString::fromUtf8("😀");
-        QTest::newRow("bank name of 101") << "bank master" << QString(101, 'B') << "Bank Name";
-        QTest::newRow("bank name of 100 emoji") << "bank master" << emoji.repeated(100) << "";
         QTest::newRow("account no. of 31") << "bank account" << QString(31, '7') << "Account No.";
         QTest::newRow("account no. of 30 emoji") << "bank account" << emoji.repeated(30) << "";
         QTest::newRow("ward of 61") << "additional information" << QString(61, 'W') << "Ward";
@@ -145,12 +129,11 @@ private slots:
         QFETCH(QString, writer);
         QFETCH(QString, value);
         QFETCH(QString, field);
-        // GIVEN client A001 with a bank account, its additional information and a bank, each stored before
+        // GIVEN client A001 with a bank account and its additional information, each stored before
         Connection& c = **db_;
         c.execute(QStringLiteral("UPDATE FBT_BankDet SET BankName='OLD BANK', AccNo='OLD', DefAcc='Y' WHERE code_no='A001'"));
         c.execute(QStringLiteral("UPDATE FBT_AddInfo SET Ward='OLD', RetAckNo='OLD' WHERE Code_No='A001'"));
         c.execute(QStringLiteral("UPDATE FBT_MiscInf SET Var1_3='OLD' WHERE Code_No='A001'"));
-        c.execute(QStringLiteral("INSERT INTO Bank_Master VALUES (1, 'OLD', '', '')"));
         modbase().Code = QStringLiteral("A001");
         modbase().TYear = 2008;
         auto answers = installPrompter();
@@ -160,12 +143,7 @@ private slots:
         // WHEN the value is saved as its screen or command saves it
         QString refusal;
         int rows = -1; // rows holding the value afterwards
-        if (writer == QLatin1String("bank master")) {
-            BankRegister bank;
-            bank.open(guard);
-            refusal = bank.save(true, {QStringLiteral("2"), value, QStringLiteral("BRANCH"), QStringLiteral("B1")}, guard);
-            rows = db_->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name=") + stored);
-        } else if (writer == QLatin1String("bank account")) {
+        if (writer == QLatin1String("bank account")) {
             BankAccounts accounts;
             accounts.load(guard);
             BankAccountEntry entry;
@@ -201,7 +179,6 @@ private slots:
         }
         QVERIFY2(refusal.contains(field + QStringLiteral(" is too long")), qPrintable(refusal));
         QCOMPARE(rows, 0);
-        QCOMPARE(db_->count(QStringLiteral("Bank_Master"), QStringLiteral("bank_name='OLD'")), 1);
         QCOMPARE(db_->count(QStringLiteral("FBT_BankDet"), QStringLiteral("AccNo='OLD'")), 1);
         QCOMPARE(db_->count(QStringLiteral("FBT_AddInfo"), QStringLiteral("Ward='OLD' AND RetAckNo='OLD'")), 1);
         QCOMPARE(db_->count(QStringLiteral("FBT_MiscInf"), QStringLiteral("Var1_3='OLD'")), 1);
