@@ -9,8 +9,6 @@
 #include "support/prompts.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <functional>

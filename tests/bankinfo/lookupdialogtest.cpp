@@ -1,7 +1,6 @@
 #include "components/bankinfo/lookupdialog.h"
 #include "support/testmain.h"
 
-#include <QHeaderView>
 #include <QScrollBar>
 #include <QTableWidget>
 #include <QtTest>

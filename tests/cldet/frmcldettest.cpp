@@ -13,12 +13,9 @@
 #include "support/testlog.h"
 #include "support/testmain.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QFile>
 #include <QGroupBox>
-#include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>

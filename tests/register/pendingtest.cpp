@@ -8,7 +8,6 @@
 #include "support/testlog.h"
 #include "support/testmain.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>

@@ -12,7 +12,6 @@
 #include "support/testmain.h"
 
 #include <QAction>
-#include <QFile>
 #include <QTemporaryDir>
 
 using namespace corvane;

@@ -5,7 +5,6 @@
 #include "db/schema.h"
 #include "db/sqltext.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QVariant>
 #include <QtTest>
