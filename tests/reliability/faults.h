@@ -163,12 +163,6 @@ inline CliResult cli(const QStringList& args, const QMap<QString, QString>& env 
     return finishCli(process);
 }
 
-inline QByteArray contents(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
-}
-
 // The permission bits of a file, -1 when it is not there.
 inline int modeOf(const QString& path)
 {

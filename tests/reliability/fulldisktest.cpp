@@ -57,7 +57,7 @@ private slots:
         QVERIFY2(r.err.contains(disk_->reason()), qPrintable(r.err));
         // The log is on the same full disk: the message says so instead of pointing at it.
         QVERIFY2(r.err.contains(QStringLiteral("could not be logged")), qPrintable(r.err));
-        QCOMPARE(contents(path), old);
+        QCOMPARE(readFile(path), old);
         QStringList files = filesIn(disk_->path());
         files.removeAll(QStringLiteral("FBTLogger.log"));
         QCOMPARE(files, QStringList{QStringLiteral("ORVCONFIG.INI")});
@@ -100,7 +100,7 @@ private slots:
         const CliResult r = cli(databaseArgs(db) + QStringList{"--app-path", db.appPath(), "clients", "--output", path}, {}, disk_.get());
         QCOMPARE(r.status, 1);
         QVERIFY2(r.err.contains(path) && r.err.contains(disk_->reason()), qPrintable(r.err));
-        QCOMPARE(contents(path), old);
+        QCOMPARE(readFile(path), old);
         QCOMPARE(filesIn(disk_->path()), QStringList{QStringLiteral("clients.csv")});
     }
 
@@ -199,7 +199,7 @@ private slots:
         QCOMPARE(answers->texts().size(), 1);
         QVERIFY2(answers->texts().first().startsWith(QStringLiteral("Not enough free space for the restoration")),
                  qPrintable(answers->texts().first()));
-        QCOMPARE(contents(mysql + QStringLiteral("/fbt/a.MYD")), old);
+        QCOMPARE(readFile(mysql + QStringLiteral("/fbt/a.MYD")), old);
         QCOMPARE(QDir(app).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{QStringLiteral("FBT")});
     }
 
@@ -231,7 +231,7 @@ private slots:
         QCOMPARE(lastLoggedDescription(), QStringLiteral("Cannot write Confg.ini"));
         QVERIFY2(logNote().startsWith(QStringLiteral("it could not be logged: cannot write ") + disk_->path()), qPrintable(logNote()));
         QVERIFY2(logNote().endsWith(disk_->reason()), qPrintable(logNote()));
-        QCOMPARE(contents(logFilePath()), QByteArray());
+        QCOMPARE(readFile(logFilePath()), QByteArray());
     }
 };
 

@@ -55,7 +55,7 @@ private slots:
         QVERIFY(number != 0);
         QCOMPARE(QFileInfo::exists(target), existed);
         if (existed)
-            QCOMPARE(contents(target), old);
+            QCOMPARE(readFile(target), old);
         // No temporary file is left behind.
         QCOMPARE(filesIn(disk_->path()), existed ? QStringList{QStringLiteral("Confg.ini")} : QStringList{});
     }
@@ -78,7 +78,7 @@ private slots:
         });
         QVERIFY(written < 1000);
         QVERIFY2(message.startsWith(QStringLiteral("Cannot write ") + target), qPrintable(message));
-        QCOMPARE(contents(target), QByteArray("old export\n"));
+        QCOMPARE(readFile(target), QByteArray("old export\n"));
         QCOMPARE(filesIn(disk_->path()), QStringList{QStringLiteral("export.csv")});
     }
 
@@ -106,7 +106,7 @@ private slots:
         replaceFile(link, QByteArray("new contents"), asked);
 
         QVERIFY(QFileInfo(link).isSymLink());
-        QCOMPARE(contents(real), QByteArray("new contents"));
+        QCOMPARE(readFile(real), QByteArray("new contents"));
         QCOMPARE(modeOf(real), expected);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).size(), 2);
     }
@@ -121,7 +121,7 @@ private slots:
             out.write(QByteArray("half of the new"));
             // an exception on the writer's side leaves before commit
         }
-        QCOMPARE(contents(target), QByteArray("old"));
+        QCOMPARE(readFile(target), QByteArray("old"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
@@ -137,7 +137,7 @@ private slots:
         QVERIFY(QFile::remove(out.temporaryPath()));
         QVERIFY(QFile::rename(other, out.temporaryPath()));
         out.commit();
-        QCOMPARE(contents(target), QByteArray("new archive"));
+        QCOMPARE(readFile(target), QByteArray("new archive"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 

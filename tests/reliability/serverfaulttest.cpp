@@ -74,7 +74,7 @@ private slots:
         // THEN it says what the server repaired, logs it, and the rows are there
         QCOMPARE(r.status, 0);
         QVERIFY2(r.err.contains(QStringLiteral("database server reports: Table './fbt/bill_main' is marked as crashed")), qPrintable(r.err));
-        const QByteArray log = contents(app.filePath(QStringLiteral("FBTLogger.log")));
+        const QByteArray log = readFile(app.filePath(QStringLiteral("FBTLogger.log")));
         QVERIFY2(log.contains("bill_main") && log.contains("STARTSERVER"), log.constData());
         const CliResult rows = cli({"--app-path", app.path(), "sql", "select code_no from bill_main order by billid"});
         QCOMPARE(rows.out, QStringLiteral("code_no\nC003\nC001\n"));
