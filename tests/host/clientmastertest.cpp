@@ -140,7 +140,6 @@ private slots:
         click(dialog, "cmdsave");
         // THEN the message names the fault, the cursor is in its box, and nothing is stored
         QCOMPARE(f.answers->texts(), QStringList{message});
-        QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QVERIFY(dialog.isVisible());
         QCOMPARE(dialog.focusWidget()->objectName(), focus);
         QCOMPARE(f.db.count("FBT_Info"), 6);

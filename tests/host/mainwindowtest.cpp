@@ -85,6 +85,7 @@ private slots:
         HostFixture f(QStringLiteral("mw_keys"), true, true);
         QVERIFY(f.session->start());
         MainWindow window(f.cls, *f.session);
+        window.resize(window.minimumSize()); // a short list, so that the chosen client can be out of view
         window.show();
         Recorder recorder(window, f.cls);
         auto* search = child<QLineEdit>(window, "txtsearch");
@@ -119,8 +120,7 @@ private slots:
         HostFixture f(QStringLiteral("mw_delkey"), true, true);
         QVERIFY(f.session->start());
         MainWindow window(f.cls, *f.session);
-        window.show();
-        QApplication::setActiveWindow(&window);
+        showActive(window);
         auto* search = child<QLineEdit>(window, "txtsearch");
         search->setFocus();
         QTest::keyClicks(search, "ltd");
