@@ -71,9 +71,7 @@ private slots:
         writeFile(folder + "/Data/StateCodes.txt", "Goa, Kerala\n");
         QCOMPARE(preparePerUserFolder(folder, program.path()), QString());
         // THEN it holds the link to the program and the data files, with the user's change kept
-        const QFileInfo link(folder + "/FBT");
-        QVERIFY(link.isSymLink());
-        QCOMPARE(link.symLinkTarget(), QFileInfo(program.path() + "/FBT").absoluteFilePath());
+        QCOMPARE(QFileInfo(folder + "/FBT").symLinkTarget(), QFileInfo(program.path() + "/FBT").absoluteFilePath());
         QVERIFY(QFileInfo::exists(folder + "/Data/sub/x.txt"));
         QCOMPARE(readFile(folder + "/Data/StateCodes.txt"), QByteArray("Goa, Kerala\n"));
     }

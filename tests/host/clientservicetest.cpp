@@ -45,7 +45,7 @@ private slots:
         QFETCH(QString, message);
         QFETCH(int, focus);
         HostFixture f(QStringLiteral("cs_add"), true, true);
-        QVERIFY(f.start());
+        QVERIFY(f.session->start());
         f.db->execute("Insert into FBT_AddInfo (Code_No, TYear) Values ('Z999', 2008)");
         ClientRecord r; // a new client with what it needs; the dialog's test stores every field
         r.code = QStringLiteral(" g007 ");
@@ -83,7 +83,7 @@ private slots:
         // GIVEN A001 with rows in every table
         HostFixture f(QStringLiteral("cs_update"), true, true);
         f.db->execute("Insert into FBT_MiscInf (Code_No, TYear, RepAss) values ('A001', 2008, '0')");
-        QVERIFY(f.start());
+        QVERIFY(f.session->start());
         QMap<QString, QPair<int, int>> before; // rows under A001 and under the new code
         for (const QString& table : f.clientTables())
             before[table] = {f.rowsOf(table, "A001"), f.rowsOf(table, code)};

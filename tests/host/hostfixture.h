@@ -18,7 +18,8 @@ namespace corvane::test {
 inline const QDate kToday(2009, 11, 21);
 
 // A test database that the host finds through ORVCONFIG.INI, the component
-// object, a scripted prompter and a session that has not started yet.
+// object, a scripted prompter and a session that has not started yet
+// (session->start() does what the program does before its window opens).
 struct HostFixture {
     explicit HostFixture(const QString& name, bool withTables = true, bool demo = false)
         : db(name, withTables)
@@ -32,12 +33,6 @@ struct HostFixture {
             schema::fillNatures(*db);
         if (demo)
             schema::loadDemoData(*db);
-    }
-
-    // Starts the session as the program does before its window opens.
-    bool start()
-    {
-        return session->start();
     }
 
     // The rows of a table under a code, compared in capitals.

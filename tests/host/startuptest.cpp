@@ -70,7 +70,7 @@ private slots:
             QVERIFY(QFile::copy(shipped.filePath(file), f.db.appPath() + "/demo/" + file));
         f.answers->then(accept ? Prompter::Answer::Yes : Prompter::Answer::No);
         // WHEN the host starts
-        QVERIFY(f.start());
+        QVERIFY(f.session->start());
         // THEN every table exists, the natures are there, and the demo data was offered once
         QStringList tables;
         for (const auto& row : f.db->query("SHOW Tables").rows)
@@ -156,13 +156,13 @@ private slots:
         ConnectionDialog dialog(ConnectionSettings::fromConfig(f.db.appPath()),
                                 [&](const ConnectionSettings& s) { return f.session->tryConnect(s); }, QString());
         dialog.show();
-        control<QRadioButton>(&dialog, "optserver")->setChecked(true);
-        typeInto(&dialog, "txtsocket", "/nonexistent/fbt/mysqld.sock");
-        typeInto(&dialog, "txtuser", user);
-        typeInto(&dialog, "txtpassword", "se cret");
-        typeInto(&dialog, "txtdatabase", f.db.name());
+        child<QRadioButton>(dialog, "optserver")->setChecked(true);
+        typeInto(dialog, "txtsocket", "/nonexistent/fbt/mysqld.sock");
+        typeInto(dialog, "txtuser", user);
+        typeInto(dialog, "txtpassword", "se cret");
+        typeInto(dialog, "txtdatabase", f.db.name());
         // WHEN a server that is not there is entered
-        click(&dialog, "cmdok");
+        click(dialog, "cmdok");
         // THEN the message says why, the dialog stays, and nothing is written
         QCOMPARE(f.answers->texts().size(), 1);
         QVERIFY(f.answers->texts().first().startsWith("Cannot connect to database " + f.db.name() + " on socket /nonexistent/fbt/mysqld.sock as " + user + ":"));
@@ -170,8 +170,8 @@ private slots:
         QVERIFY(dialog.isVisible());
         QVERIFY(!QFile::exists(connectionconfig::file()));
         // WHEN the socket is corrected
-        typeInto(&dialog, "txtsocket", f.db.settings().socket);
-        click(&dialog, "cmdok");
+        typeInto(dialog, "txtsocket", f.db.settings().socket);
+        click(dialog, "cmdok");
         // THEN the settings are kept in ORVCONFIG.INI [MySql], readable by their owner only
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         const QString file = connectionconfig::file();
@@ -208,14 +208,14 @@ private slots:
                                 folder);
         dialog.show();
         // THEN the choice is offered only to who may write there
-        auto* box = control<QCheckBox>(&dialog, "chkeveryuser");
+        auto* box = child<QCheckBox>(dialog, "chkeveryuser");
         QCOMPARE(box->isVisible(), machineWritable);
         // WHEN the server is entered and kept, the box ticked or not
         box->setChecked(ticked);
-        control<QRadioButton>(&dialog, "optserver")->setChecked(true);
-        typeInto(&dialog, "txtsocket", f.db.settings().socket);
-        typeInto(&dialog, "txtdatabase", f.db.name());
-        click(&dialog, "cmdok");
+        child<QRadioButton>(dialog, "optserver")->setChecked(true);
+        typeInto(dialog, "txtsocket", f.db.settings().socket);
+        typeInto(dialog, "txtdatabase", f.db.name());
+        click(dialog, "cmdok");
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         // THEN a ticked box writes the machine's file, readable by every user, and not the user's own
         const QString machineFile = folder + "/ORVCONFIG.INI";

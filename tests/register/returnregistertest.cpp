@@ -135,11 +135,6 @@ private slots:
         QFETCH(QString, end);
         QFETCH(int, check);
         QCOMPARE(int(checkPeriod(begin, end)), check);
-        const QString message = periodMessage(PeriodCheck(check));
-        if (check == int(PeriodCheck::NotBefore))
-            QCOMPARE(message, QStringLiteral("First date should be less than the second date."));
-        else if (check != int(PeriodCheck::Ok))
-            QCOMPARE(message, QStringLiteral("Invalid date entry."));
     }
 
     void headingText_data()
@@ -171,7 +166,6 @@ private slots:
         QCOMPARE(yearItems(2099).last(), QStringLiteral("2099-00"));
         QCOMPARE(yearOf(QStringLiteral("2008-09")), 2008);
         QCOMPARE(statusName(QStringLiteral("0")), QStringLiteral("Individual"));
-        QCOMPARE(statusName(QStringLiteral("11")), QStringLiteral("AOP(Trusts)"));
         QCOMPARE(statusName(QStringLiteral("17")), QStringLiteral("Co-operative Society"));
         QCOMPARE(statusName(QStringLiteral("2")), QStringLiteral("2")); // gaps in the list show the number
         QCOMPARE(statusName(QStringLiteral("18")), QStringLiteral("18"));
