@@ -239,7 +239,6 @@ private slots:
     {
         registerDefaultComponents();
         QVERIFY(CreateObject<BankInfo>(kBankInfoClass) != nullptr);
-        QVERIFY(CreateObject<BankInfo>(QStringLiteral("orvmiscinf.clsmain")) != nullptr);
     }
 };
 

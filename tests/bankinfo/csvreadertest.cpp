@@ -13,7 +13,6 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::addColumn<QStringList>("fields");
         QTest::addColumn<bool>("unclosed");
-        QTest::newRow("plain") << "A,B,C" << QStringList{"A", "B", "C"} << false;
         QTest::newRow("values are trimmed") << " A , B ,C " << QStringList{"A", "B", "C"} << false;
         QTest::newRow("empty values") << "A,,C," << QStringList{"A", "", "C", ""} << false;
         QTest::newRow("quoted comma") << "\"FORT, MUMBAI\",X" << QStringList{"FORT, MUMBAI", "X"} << false;
