@@ -64,8 +64,7 @@ private slots:
 
         const test::CliResult r = backUp({dest_.path(), "--yes", "--keep", "2"});
         QVERIFY2(r.status == 0, qPrintable(r.err));
-        QStringList left = QDir(dest_.path()).entryList({"*.ZIP"}, QDir::Files);
-        left.sort();
+        const QStringList left = QDir(dest_.path()).entryList({"*.ZIP"}, QDir::Files); // by name
         QStringList expected{QFileInfo(archive()).fileName(), "FBT03-Jan-20.ZIP", "notes.ZIP"};
         expected.sort();
         QCOMPARE(left, expected);

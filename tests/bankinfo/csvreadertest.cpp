@@ -13,7 +13,6 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::addColumn<QStringList>("fields");
         QTest::addColumn<bool>("unclosed");
-        QTest::newRow("plain") << "A,B,C" << QStringList{"A", "B", "C"} << false;
         QTest::newRow("values are trimmed") << " A , B ,C " << QStringList{"A", "B", "C"} << false;
         QTest::newRow("empty values") << "A,,C," << QStringList{"A", "", "C", ""} << false;
         QTest::newRow("quoted comma") << "\"FORT, MUMBAI\",X" << QStringList{"FORT, MUMBAI", "X"} << false;
@@ -23,7 +22,6 @@ private slots:
         QTest::newRow("blanks inside quotes stay") << "\"  A  \", B" << QStringList{"  A  ", "B"} << false;
         QTest::newRow("blanks around quotes go") << "  \" A\"  ,B" << QStringList{" A", "B"} << false;
         QTest::newRow("empty quoted value") << "\"\",B" << QStringList{"", "B"} << false;
-        QTest::newRow("line break inside quotes") << "A,\"1\n2\"" << QStringList{"A", "1\n2"} << false;
     }
     void split()
     {

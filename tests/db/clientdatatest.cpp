@@ -211,7 +211,6 @@ private slots:
         QCOMPARE(lines.first().section(QLatin1Char('\t'), 1, 1), QStringLiteral("1062"));
         QCOMPARE(test::logContexts(), QStringList{QStringLiteral("CLSDATA\tCHANGECODE")});
         QCOMPARE(result.failures, 1);
-        QCOMPARE(rowsOf(QStringLiteral("C001"), {QStringLiteral("FBT_Info")}), 1);
         QCOMPARE(rowsOf(QStringLiteral("C001")), 1);
         QCOMPARE(rowsOf(QStringLiteral("C005")), 10);
     }

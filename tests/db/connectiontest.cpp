@@ -30,7 +30,6 @@ private slots:
         QTest::newRow("nul") << QString::fromUtf16(u"a\0b", 3);
         QTest::newRow("line ends and ctrl-z") << QStringLiteral("a\r\nb\x1a" "c");
         QTest::newRow("percent and underscore") << QStringLiteral("100%_done");
-        QTest::newRow("devanagari") << QStringLiteral("भारतीय स्टेट बैंक");
         QTest::newRow("emoji") << QStringLiteral("bank 🏦");
         QTest::newRow("back quote") << QStringLiteral("`x`");
     }
@@ -74,7 +73,6 @@ private slots:
         QTest::newRow("syntax") << "selec 1" << 1064L << "syntax";
         QTest::newRow("no table") << "select * from nowhere" << 1146L << "nowhere";
         QTest::newRow("duplicate key") << "insert into FBT_Nature values (1,'a'),(1,'b')" << 1062L << "Duplicate";
-        QTest::newRow("no column") << "select nope from FBT_Info" << 1054L << "nope";
     }
 
     void failuresCarryTheServerNumberAndText()
@@ -119,7 +117,6 @@ private slots:
         QTest::newRow("float") << "FLOAT" << "0.1";
         QTest::newRow("date") << "DATE" << "'2026-03-31'";
         QTest::newRow("zero date") << "DATE" << "'0000-00-00'";
-        QTest::newRow("time") << "TIME" << "'23:59:58'";
         QTest::newRow("long time") << "TIME" << "'-838:59:59'";
         QTest::newRow("datetime") << "DATETIME" << "'2026-03-31 10:11:12'";
         QTest::newRow("zero datetime") << "DATETIME" << "'0000-00-00 00:00:00'";

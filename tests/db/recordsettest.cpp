@@ -13,11 +13,13 @@ class RecordsetTest : public QObject {
 
     std::unique_ptr<test::TestDatabase> db_;
 
-    void fillBanks(int n)
+    // Opens rs on a bank list of n rows, coded 10, 20, …
+    void openBanks(Recordset& rs, int n)
     {
         db_->connection()->execute(QStringLiteral("DELETE FROM Bank_Master"));
         for (int i = 1; i <= n; ++i)
             db_->connection()->execute(QStringLiteral("INSERT INTO Bank_Master VALUES (%1, 'BANK %2', 'BRANCH %2', NULL)").arg(i * 10).arg(i));
+        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
     }
 
     static long failureNumber(const std::function<void()>& statement)
@@ -36,9 +38,8 @@ private slots:
 
     void emptyRecordsetIsAtBothEnds()
     {
-        fillBanks(0);
         Recordset rs;
-        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
+        openBanks(rs, 0);
         QVERIFY(rs.bof());
         QVERIFY(rs.eof());
         QCOMPARE(rs.recordCount(), 0);
@@ -53,9 +54,8 @@ private slots:
 
     void movesPassTheEndsOneStepAtATime()
     {
-        fillBanks(3);
         Recordset rs;
-        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
+        openBanks(rs, 3);
         QVERIFY(!rs.bof() && !rs.eof());
         QCOMPARE(rs.absolutePosition(), 1);
         rs.movePrevious();
@@ -78,8 +78,8 @@ private slots:
 
     void nullIsDistinctFromEmptyText()
     {
-        fillBanks(1);
-        db_->connection()->execute(QStringLiteral("INSERT INTO Bank_Master VALUES (99, '', 'X', '')"));
+        db_->connection()->execute(QStringLiteral("DELETE FROM Bank_Master"));
+        db_->connection()->execute(QStringLiteral("INSERT INTO Bank_Master VALUES (10, 'BANK 1', 'BRANCH 1', NULL), (99, '', 'X', '')"));
         Recordset rs;
         rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
         QVERIFY(rs.field(3).isNull());
@@ -94,9 +94,8 @@ private slots:
 
     void requerySeesNewRowsAndMovesFirst()
     {
-        fillBanks(2);
         Recordset rs;
-        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
+        openBanks(rs, 2);
         rs.moveLast();
         db_->connection()->execute(QStringLiteral("INSERT INTO Bank_Master VALUES (5, 'FIRST', '', '')"));
         QCOMPARE(rs.recordCount(), 2);
@@ -119,9 +118,8 @@ private slots:
     {
         QFETCH(int, position);
         QFETCH(int, nextCode);
-        fillBanks(3);
         Recordset rs;
-        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
+        openBanks(rs, 3);
         rs.setAbsolutePosition(position);
         const int deleted = rs.field(0).toInt();
         // WHEN the current row is deleted through the record set
@@ -167,9 +165,8 @@ private slots:
         QFETCH(int, start);
         QFETCH(QString, criterion);
         QFETCH(int, found);
-        fillBanks(3);
         Recordset rs;
-        rs.open(QStringLiteral("Select * from Bank_Master order by bank_code_no"), *db_->connection());
+        openBanks(rs, 3);
         rs.setAbsolutePosition(start);
         QCOMPARE(rs.find(criterion), found != 0);
         if (found)
