@@ -50,7 +50,7 @@ inline void unmount(const QString& path)
 // A folder whose file system is full. Where the machine allows mounting it is
 // a small tmpfs filled up to the last byte; elsewhere a file-size limit makes
 // every write past a few bytes fail, in this process (within run()) and in
-// the programs started through start().
+// the programs prepared through prepare().
 class FullDisk {
 public:
     static constexpr rlim_t kLimit = 16; // bytes, for the file-size limit
