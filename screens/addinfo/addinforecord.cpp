@@ -378,7 +378,9 @@ AddInfoRecord::SaveResult AddInfoRecord::SAVEDATA()
         return SaveResult::TooLong;
 
     ResumeNext guard(formName_, QStringLiteral("SAVEDATA"));
-    guard([&] { connection().execute(marker.isEmpty() ? insertStatement() : updateStatement()); });
+    const bool inserting = marker.isEmpty();
+    if (guard([&] { connection().execute(inserting ? insertStatement() : updateStatement()); }) && inserting)
+        marker = QStringLiteral("1"); // a second save updates the row the first one made
     guard([&] { connection().execute(QStringLiteral("flush tables")); });
     if (edition_ == AddInfoEdition::Second) {
         // The row has no marker of its own: it is always written afresh.

@@ -211,6 +211,17 @@ private slots:
         QCOMPARE(test::logLines(), QStringList());
     }
 
+    void savingTwiceUpdatesTheRowItMade()
+    {
+        AddInfoRecord r = openRecord(AddInfoEdition::First);
+        r.values = sampleAnswers();
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+        r.values.ward = QStringLiteral("WARD 9");
+        QCOMPARE(r.SAVEDATA(), AddInfoRecord::SaveResult::Saved);
+        QCOMPARE(column(QStringLiteral("concat(count(*), ' ', max(Ward))")), QStringLiteral("1 WARD 9"));
+        QCOMPARE(test::logLines(), QStringList());
+    }
+
     void loadFromPreviousYear_data()
     {
         QTest::addColumn<bool>("rowThisYear");
