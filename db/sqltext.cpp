@@ -36,14 +36,6 @@ void appendEscaped(QString& out, QStringView text)
 
 } // namespace
 
-QString sqlEscape(const QString& text)
-{
-    QString out;
-    out.reserve(text.size() + 8);
-    appendEscaped(out, text);
-    return out;
-}
-
 QString sqlQuote(const QString& text)
 {
     QString out;

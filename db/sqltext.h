@@ -7,11 +7,8 @@ namespace corvane {
 
 // The one quoting helper. Every value concatenated into SQL text goes through it.
 
-// The text escaped for use between single quotes (quote, backslash, NUL,
-// line ends and Ctrl-Z escaped; any other UTF-8 passes unchanged).
-QString sqlEscape(const QString& text);
-
-// The text escaped and in single quotes.
+// The text in single quotes, escaped (quote, backslash, NUL, line ends and
+// Ctrl-Z escaped; any other UTF-8 passes unchanged).
 QString sqlQuote(const QString& text);
 
 // The same appended to out, for a long statement built value by value.
