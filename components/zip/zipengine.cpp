@@ -245,23 +245,16 @@ int onCloseCancel(zip_t*, void* state)
 }
 
 // Waits for the workers, showing their progress up to 900 of 1000; a cancel stops them.
-void waitFor(const std::vector<DeflateAhead*>& workers, Progress& progress, const std::function<bool()>& cancelled,
-             int& shown)
+void waitFor(DeflateAhead& workers, Progress& progress, const std::function<bool()>& cancelled, int& shown)
 {
     for (;;) {
-        bool idle = true;
-        qint64 queued = 0;
-        qint64 done = 0;
-        for (DeflateAhead* w : workers) {
-            idle = w->waitIdle(idle ? 20 : 0) && idle;
-            queued += w->queuedBytes();
-            done += w->doneBytes();
-        }
+        const bool idle = workers.waitIdle(20);
+        const qint64 queued = workers.queuedBytes();
+        const qint64 done = workers.doneBytes();
         shown = std::max(shown, queued > 0 ? int(std::min(done, queued) * 900 / queued) : 900);
         progress.setValue(shown);
         if (cancelled && cancelled()) {
-            for (DeflateAhead* w : workers)
-                w->cancel();
+            workers.cancel();
             throw Failure(kPathFileAccessError, kZipSource, QStringLiteral("cancelled"));
         }
         if (idle)
@@ -281,27 +274,27 @@ zip_int64_t writeArchive(const QList<Item>& items, const QString& temp, Progress
         return from.find(st.st_dev, st.st_ino, qint64(st.st_size), st.st_mtim);
     };
 
-    DeflateAhead own(QFileInfo(temp).absolutePath());
-    std::vector<DeflateAhead*> workers{&own};
     int shown = 0;
-    if (ahead) {
-        workers.push_back(ahead);
-        waitFor({ahead}, progress, cancelled, shown);
-    }
+    if (ahead)
+        waitFor(*ahead, progress, cancelled, shown);
     // The deflated data of each file: what was deflated ahead and is unchanged, the rest deflated now.
     std::vector<std::optional<DeflateAhead::Deflated>> deflated(size_t(items.size()));
     QList<int> pending;
-    for (int i = 0; i < items.size(); ++i) {
-        if (items.at(i).isDir || (ahead && (deflated[size_t(i)] = lookUp(*ahead, i))))
-            continue;
-        own.add(items.at(i).path);
-        pending << i;
+    for (int i = 0; i < items.size(); ++i)
+        if (!items.at(i).isDir && !(ahead && (deflated[size_t(i)] = lookUp(*ahead, i))))
+            pending << i;
+    // Workers of its own only for what is left, and no more of them than files.
+    std::optional<DeflateAhead> own;
+    if (!pending.isEmpty()) {
+        own.emplace(QFileInfo(temp).absolutePath(), std::min(int(pending.size()), DeflateAhead::cores()));
+        for (int i : pending)
+            own->add(items.at(i).path);
+        waitFor(*own, progress, cancelled, shown);
     }
-    waitFor(workers, progress, cancelled, shown);
     for (int i : pending) {
-        if (const std::exception_ptr failure = own.failure(items.at(i).path))
+        if (const std::exception_ptr failure = own->failure(items.at(i).path))
             std::rethrow_exception(failure);
-        deflated[size_t(i)] = lookUp(own, i);
+        deflated[size_t(i)] = lookUp(*own, i);
     }
 
     zip_t* za = openNew(temp);
