@@ -8,6 +8,7 @@
 #include "core/objectregistry.h"
 #include "core/prompter.h"
 #include "support/files.h"
+#include "support/formdriver.h"
 #include "support/pdftext.h"
 #include "support/testmain.h"
 
@@ -60,19 +61,14 @@ private slots:
         ReportRecorder recorder;
         table(recorder, 3, QStringLiteral("Report Title"));
         ReportPreview preview(recorder.document());
-        const auto trigger = [&](const QString& name) {
-            auto* action = preview.findChild<QAction*>(name);
-            QVERIFY2(action, qPrintable(name));
-            action->trigger();
-        };
         const QString csv = dir.filePath(QStringLiteral("r.csv"));
         files->then(csv);
-        trigger(QStringLiteral("actExportCsv"));
+        child<QAction>(preview, "actExportCsv")->trigger();
         QCOMPARE(test::readFile(csv), QByteArray("Code,Name,Amount\r\nC1,\"Client, 1\",10\r\nC2,\"Client, 2\",20\r\nC3,\"Client, 3\",30\r\n"));
 
         const QString pdf = dir.filePath(QStringLiteral("r.pdf"));
         files->then(pdf);
-        trigger(QStringLiteral("actExportPdf"));
+        child<QAction>(preview, "actExportPdf")->trigger();
         QVERIFY(test::pdfText(pdf).contains(QStringLiteral("Report Title")));
 
         // cancelled: nothing written, nothing said
